@@ -1,0 +1,58 @@
+#include "runtime/vek/Clock.h"
+
+#include <chrono>
+#include <limits>
+#include <utility>
+
+namespace Vek {
+
+namespace {
+
+constexpr double kNever{-std::numeric_limits<double>::infinity()};
+
+struct Clock {
+  ClockSource source;
+  double last{kNever};
+};
+
+// Never destroyed: the clock may be read while statics are being destroyed.
+Clock& clock() {
+  static auto* const instance = new Clock;
+  return *instance;
+}
+
+double monotonicSeconds() {
+  using std::chrono::steady_clock;
+  return std::chrono::duration<double>(steady_clock::now().time_since_epoch()).count();
+}
+
+}  // namespace
+
+double now() {
+  Clock& c = clock();
+  double const time = c.source ? c.source() : monotonicSeconds();
+  // Written so that a reading that is not a number is held as well.
+  if (time >= c.last) {
+    c.last = time;
+    return time;
+  }
+  return c.last == kNever ? 0 : c.last;
+}
+
+ClockSource clockSourceIs(ClockSource source) {
+  clock().last = kNever;
+  return std::exchange(clock().source, std::move(source));
+}
+
+ManualClock::ManualClock(double seconds)
+    : seconds_{seconds}, previous_{clockSourceIs([this] {
+        double const reading = seconds_;
+        seconds_ += step_;
+        return reading;
+      })} {}
+
+ManualClock::~ManualClock() {
+  clockSourceIs(std::move(previous_));
+}
+
+}  // namespace Vek

@@ -1,0 +1,144 @@
+#pragma once
+
+#include <cstdint>
+#include <iterator>
+#include <type_traits>
+#include <utility>
+
+#include "runtime/vek/HashMapGeneric.h"
+#include "runtime/vek/Ptr.h"
+
+namespace Vek {
+
+/// Size hint of the collections that hold one entry for each profile or interface.
+inline constexpr unsigned kSizeHint{4};
+
+/// Keyed collection of counted members, each of which carries its own chain link and knows its key.
+///
+/// `Entry` derives from `HashLink`, has `fwkKey()` and is counted (`addReference`,
+/// `dropReference`). `Key` has `hash()`, `==` and `<`. `Value` is what a look-up yields, made from
+/// an `Entry*`.
+///
+/// Order of a walk: by bit-reversed hash, then by key; the same for the same keys, however the
+/// collection came to hold them.
+///
+/// Ownership: the collection holds one reference on each member. A walk holds one on the member it
+/// stands on, so that one stays valid, also after its removal, until the walk goes on.
+template <typename Entry, typename Key, typename Value = Ptr<Entry>>
+class HashMap {
+ public:
+  class Iterator;
+
+  explicit HashMap(unsigned sizeHint = kSizeHint) noexcept : table_{sizeHint} {}
+  ~HashMap() { clear(); }
+  HashMap(HashMap const&) = delete;
+  HashMap& operator=(HashMap const&) = delete;
+
+  std::uint32_t members() const noexcept { return table_.members(); }
+
+  /// The member of that key, or an empty value.
+  Value operator[](Key const& key) const { return Value(find(key)); }
+
+  /// The member of that key, or null; the collection's reference keeps it.
+  Entry* find(Key const& key) const noexcept {
+    std::uint32_t const order = bitReverse(key.hash());
+    for (HashLink* link = table_.startAtHash(order); link != nullptr;
+         link = HashMapGeneric::next(*link)) {
+      if (link->order() < order) continue;
+      if (link->order() > order) return nullptr;
+      auto* const member = static_cast<Entry*>(link);
+      if (member->fwkKey() == key) return member;
+    }
+    return nullptr;
+  }
+
+  /// Makes `member` a member under its own key. A member of that key is replaced and released.
+  void newMember(Ptr<Entry> member) {
+    Key const key = member->fwkKey();
+    Ptr<Entry> const replaced = deleteMember(key);
+    table_.newMemberG(*member.release(), &key, keyTable());
+  }
+
+  /// Removes the member of that key and returns it; an empty pointer when there is none.
+  Ptr<Entry> deleteMember(Key const& key) {
+    Entry* const member = find(key);
+    if (member == nullptr) return nullptr;
+    table_.deleteMember(*member);
+    return Ptr<Entry>::adopt(member);
+  }
+
+  /// Removes the member that the walk stands on, if it still is one, and returns it. The walk
+  /// stands on it until it is advanced.
+  Ptr<Entry> deleteMember(Iterator& position) {
+    Entry* const member = position.member_.get();
+    if (member == nullptr || !table_.deleteMember(*member)) return nullptr;
+    return Ptr<Entry>::adopt(member);
+  }
+
+  /// Removes every member; releases them after the collection is empty.
+  void clear() {
+    table_.emptyAllBuckets(
+        [](HashLink& link) { (void)Ptr<Entry>::adopt(static_cast<Entry*>(&link)); });
+  }
+
+  /// A walk from the first member on. It goes on correctly whatever is inserted or removed
+  /// meanwhile: a member that was there all along is visited once. The collection must outlive it.
+  Iterator iterator() const { return Iterator{*this}; }
+  Iterator begin() const { return iterator(); }
+  std::default_sentinel_t end() const noexcept { return {}; }
+
+ private:
+  static HashKeyTable const& keyTable() noexcept {
+    static constexpr HashKeyTable table{
+        [](void const* key) { return static_cast<Key const*>(key)->hash(); },
+        [](HashLink const& member, void const* key) {
+          return static_cast<Entry const&>(member).fwkKey() == *static_cast<Key const*>(key);
+        },
+        [](HashLink const& member, void const* key) {
+          return static_cast<Entry const&>(member).fwkKey() < *static_cast<Key const*>(key);
+        }};
+    return table;
+  }
+
+  HashMapGeneric table_;
+};
+
+/// A walk over a keyed collection.
+template <typename Entry, typename Key, typename Value>
+class HashMap<Entry, Key, Value>::Iterator {
+ public:
+  explicit Iterator(HashMap const& map)
+      : map_{&map}, member_{static_cast<Entry*>(map.table_.findNextBucket(0))},
+        version_{map.table_.version()} {}
+
+  explicit operator bool() const noexcept { return bool{member_}; }
+  friend bool operator==(Iterator const& a, std::default_sentinel_t) noexcept { return !a.member_; }
+
+  Entry& operator*() const noexcept { return *member_; }
+  Entry* operator->() const noexcept { return member_.operator->(); }
+  /// The member the walk stands on; empty at the end.
+  Ptr<Entry> const& member() const noexcept { return member_; }
+
+  Iterator& operator++() {
+    if (!member_) return *this;
+    HashMapGeneric const& table = map_->table_;
+    HashLink* next = nullptr;
+    if (version_ == table.version()) {
+      next = table.following(*member_);
+    } else {
+      Key const key = member_->fwkKey();
+      next = table.findNextG(member_->order(), &key, keyTable());
+      version_ = table.version();
+    }
+    member_ = Ptr<Entry>{static_cast<Entry*>(next)};
+    return *this;
+  }
+
+ private:
+  friend class HashMap;
+  HashMap const* map_;
+  Ptr<Entry> member_;
+  std::uint32_t version_;
+};
+
+}  // namespace Vek

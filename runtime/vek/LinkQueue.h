@@ -1,0 +1,280 @@
+#pragma once
+
+#include <cstdint>
+#include <type_traits>
+#include <utility>
+
+#include "runtime/vek/Ptr.h"
+#include "runtime/vek/PtrInterface.h"
+
+namespace Vek {
+
+[[noreturn]] void throwLinkQueueFull();
+[[noreturn]] void throwLinkQueueIndexInUse();
+
+/// Where the index space of a queue stands.
+struct LinkQueueMetadata {
+  std::uint32_t headIndex{0};  ///< index of the head; of an empty queue: `nextIndex`
+  std::uint32_t nextIndex{0};  ///< index of the next entry appended, unless the tail is beyond it
+
+  friend bool operator==(LinkQueueMetadata const&, LinkQueueMetadata const&) = default;
+};
+
+/// Base of the entries of a queue: a small counted object.
+template <typename Value>
+class LinkQueueEntry : public PtrInterface {
+ public:
+  std::uint32_t vek_index() const noexcept { return index_; }
+  /// Called by the queue when the entry is linked in.
+  void vek_indexIs(std::uint32_t index) noexcept { index_ = index; }
+  Value const& value() const noexcept { return value_; }
+
+ protected:
+  LinkQueueEntry(std::uint32_t index, Value const& value) : index_{index}, value_{value} {}
+  ~LinkQueueEntry() override = default;
+
+ private:
+  template <typename E, typename I, typename V>
+  friend class LinkQueue;
+  std::uint32_t index_;
+  Value value_;
+  LinkQueueEntry* next_{nullptr};  // toward the tail
+};
+
+/// A first-in-first-out queue whose entries are addressed by an index that only grows, modulo 2^32.
+///
+/// Append and removal at the head take constant time; access by index tries the head and the tail
+/// and else takes time linear in the number of entries. Indexes are not reused before 2^32 appends;
+/// order and walks hold across the wrap.
+///
+/// `Entry` derives from `LinkQueueEntry<Value>` and is made from (index, value). Ownership: the
+/// queue holds one reference on each entry.
+template <typename Entry, typename Index, typename Value>
+class LinkQueue {
+  static_assert(std::is_same_v<Index, std::uint32_t>);
+
+ public:
+  class Iterator;
+
+  LinkQueue() = default;
+  LinkQueue(LinkQueue const&) = delete;
+  LinkQueue& operator=(LinkQueue const&) = delete;
+  ~LinkQueue() { clear(); }
+
+  LinkQueueMetadata const& metadata() const noexcept { return metadata_; }
+  void metadataIs(LinkQueueMetadata const& metadata) noexcept { metadata_ = metadata; }
+  /// Grows by one with every append and every removal.
+  std::uint32_t version() const noexcept { return version_; }
+  std::uint32_t count() const noexcept { return count_; }
+  Entry* head() const noexcept { return static_cast<Entry*>(head_); }
+  Entry* tail() const noexcept { return static_cast<Entry*>(tail_); }
+
+  /// Appends a new entry at the tail. Throws `Vek::RangeException` ("linkqueue index space full")
+  /// when the index after its own is the head's; `nextIndex` is then settled, nothing else changed.
+  void enq(Value const& value) {
+    Index index = metadata_.nextIndex;
+    if (tail_ != nullptr && tail_->index_ >= index) index = tail_->index_ + 1;
+    metadata_.nextIndex = index;
+    requireRoomFor(index);
+    linkAtTail(make<Entry>(index, value), index);
+  }
+
+  /// Removes the head and returns its value; a default value when the queue is empty.
+  Value deq() { return head_ == nullptr ? Value{} : unlink(nullptr, head_)->value_; }
+
+  /// The entry of that index, or null.
+  Entry* find(Index index) const noexcept {
+    if (head_ == nullptr) return nullptr;
+    if (head_->index_ == index) return head();
+    if (tail_->index_ == index) return tail();
+    for (Node* entry = head_->next_; entry != nullptr; entry = entry->next_)
+      if (entry->index_ == index) return static_cast<Entry*>(entry);
+    return nullptr;
+  }
+
+  /// Overwrites the value of the entry of that index in place, or makes one (`newMember`).
+  void valueIs(Index index, Value const& value) {
+    if (Entry* const entry = find(index)) {
+      static_cast<Node*>(entry)->value_ = value;
+    } else {
+      newMember(index, value);
+    }
+  }
+
+  /// Makes an entry of that index and links it in where the order of indexes wants it: between two
+  /// entries, or behind the tail or before the head, whichever is nearer; the queue's next index
+  /// always comes behind the tail. Throws `Vek::RangeException` as `enq` does, and
+  /// `Vek::NameInUseException` when there is an entry of that index.
+  Ptr<Entry> newMember(Index index, Value const& value) {
+    if (find(index) != nullptr) throwLinkQueueIndexInUse();
+    if (head_ == nullptr) return linkAtTail(make<Entry>(index, value), index);
+    Index const headIndex = head_->index_;
+    if (index - headIndex < tail_->index_ - headIndex) return linkInside(index, value);
+    if (index == metadata_.nextIndex || index - tail_->index_ <= headIndex - index) {
+      requireRoomFor(index);
+      return linkAtTail(make<Entry>(index, value), index);
+    }
+    return linkAtHead(make<Entry>(index, value), index);
+  }
+
+  /// Removes the entry of that index and returns its value; a default value when there is none.
+  Value del(Index index) {
+    Node* before = nullptr;
+    for (Node* entry = head_; entry != nullptr; before = std::exchange(entry, entry->next_))
+      if (entry->index_ == index) return unlink(before, entry)->value_;
+    return Value{};
+  }
+
+  /// Removes the entry that the walk stands on; the walk then stands on the one that followed.
+  void del(Iterator& position) {
+    Node* const wanted = position.entry_.get();
+    if (wanted == nullptr) return;
+    Node* before = nullptr;
+    Node* entry = head_;
+    while (entry != nullptr && entry != wanted)
+      before = std::exchange(entry, entry->next_);
+    if (entry == nullptr) {  // removed already, by someone else
+      ++position;
+      return;
+    }
+    Node* const following = entry->next_;
+    (void)unlink(before, entry);
+    position.standOn(following);
+  }
+
+  /// Removes every entry, from head to tail.
+  void clear() noexcept {
+    while (head_ != nullptr)
+      (void)unlink(nullptr, head_);
+  }
+
+  /// A walk from the head on, which goes on correctly when entries are removed or appended.
+  Iterator iterator() const { return Iterator{*this}; }
+
+ private:
+  using Node = LinkQueueEntry<Value>;
+
+  void requireRoomFor(Index index) const {
+    if (head_ != nullptr && static_cast<Index>(index + 1) == metadata_.headIndex)
+      throwLinkQueueFull();
+  }
+
+  Ptr<Entry> linkAtTail(Ptr<Entry> entry, Index index) noexcept {
+    Node* const node = entry.get();
+    node->addReference();  // the queue's own
+    node->vek_indexIs(index);
+    if (head_ == nullptr) {
+      head_ = node;
+      metadata_.headIndex = index;
+    } else {
+      tail_->next_ = node;
+    }
+    tail_ = node;
+    metadata_.nextIndex = index + 1;
+    ++version_;
+    ++count_;
+    return entry;
+  }
+
+  Ptr<Entry> linkAtHead(Ptr<Entry> entry, Index index) noexcept {
+    Node* const node = entry.get();
+    node->addReference();
+    node->vek_indexIs(index);
+    node->next_ = head_;
+    head_ = node;
+    metadata_.headIndex = index;
+    ++version_;
+    ++count_;
+    return entry;
+  }
+
+  Ptr<Entry> linkInside(Index index, Value const& value) {
+    Ptr<Entry> entry = make<Entry>(index, value);
+    Node* const node = entry.get();
+    Node* before = head_;
+    while (before->next_->index_ - head_->index_ < index - head_->index_)
+      before = before->next_;
+    node->addReference();
+    node->vek_indexIs(index);
+    node->next_ = before->next_;
+    before->next_ = node;
+    ++version_;
+    ++count_;
+    return entry;
+  }
+
+  /// `before`: the predecessor; null for the head. The queue's reference passes to the caller.
+  Ptr<Node> unlink(Node* before, Node* entry) noexcept {
+    if (before == nullptr) {
+      head_ = entry->next_;
+      if (head_ == nullptr) {
+        tail_ = nullptr;
+        metadata_.headIndex = metadata_.nextIndex;
+      } else {
+        metadata_.headIndex = head_->index_;
+        if (metadata_.nextIndex <= tail_->index_) metadata_.nextIndex = tail_->index_ + 1;
+      }
+    } else {
+      before->next_ = entry->next_;
+      if (entry == tail_) tail_ = before;
+    }
+    entry->next_ = nullptr;
+    ++version_;
+    --count_;
+    return Ptr<Node>::adopt(entry);
+  }
+
+  LinkQueueMetadata metadata_;
+  std::uint32_t version_{0};
+  std::uint32_t count_{0};
+  Node* head_{nullptr};
+  Node* tail_{nullptr};
+};
+
+/// A walk over a queue. It holds the entry it stands on, which stays valid after its removal.
+template <typename Entry, typename Index, typename Value>
+class LinkQueue<Entry, Index, Value>::Iterator {
+ public:
+  explicit Iterator(LinkQueue const& queue) : queue_{&queue} { standOn(queue.head_); }
+
+  explicit operator bool() const noexcept { return bool{entry_}; }
+  Entry& operator*() const noexcept { return *entry_; }
+  Entry* operator->() const noexcept { return entry_.operator->(); }
+
+  /// Goes on to the first entry beyond the index of the one it stands on.
+  Iterator& operator++() {
+    if (!entry_) return *this;
+    standOn(version_ == queue_->version_ ? static_cast<Node*>(entry_.get())->next_ : following());
+    return *this;
+  }
+
+ private:
+  friend class LinkQueue;
+
+  // Indexes are compared by their distance from where the head was when the walk came to stand
+  // here: entries leave at the head and come at the tail, so that distance grows from head to tail
+  // also across the wrap.
+  Node* following() const noexcept {
+    if (queue_->tail_ == nullptr) return nullptr;
+    Index const last = queue_->tail_->index_ - origin_;
+    Index const here = static_cast<Node const*>(entry_.get())->index_ - origin_;
+    for (Node* entry = queue_->head_; entry != nullptr; entry = entry->next_) {
+      Index const distance = entry->index_ - origin_;
+      if (distance > here && distance <= last) return entry;
+    }
+    return nullptr;
+  }
+
+  void standOn(Node* entry) noexcept {
+    entry_ = Ptr<Entry>{static_cast<Entry*>(entry)};
+    version_ = queue_->version_;
+    origin_ = queue_->head_ == nullptr ? 0 : queue_->head_->index_;
+  }
+
+  LinkQueue const* queue_;
+  Ptr<Entry> entry_;
+  std::uint32_t version_{0};
+  Index origin_{0};
+};
+
+}  // namespace Vek

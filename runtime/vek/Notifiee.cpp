@@ -1,0 +1,113 @@
+#include "runtime/vek/Notifiee.h"
+
+#include "runtime/vek/Exception.h"
+#include "runtime/vek/Report.h"
+
+namespace Vek {
+
+void PtrInterface::NotifieeConst::hasNotificationActiveIs(bool on) {
+  notificationActiveFlagIs(on);
+  isRegisteredNotifieeIs(on);
+}
+
+void PtrInterface::NotifieeConst::notifierIs(Ptr<PtrInterface const> const& object) {
+  if (object == notifier_) return;
+  isRegisteredNotifieeIs(false);
+  notifier_ = object;
+}
+
+void PtrInterface::NotifieeConst::isRegisteredNotifieeIs(bool on) {
+  if (on == linked()) return;
+  if (on && !notifier_) return;
+  auto const& notifier = static_cast<Notifier const&>(*notifier_);
+  if (on) {
+    notifier.notifieeIs(*this);
+  } else {
+    notifier.notifieeDel(*this);
+  }
+}
+
+Name PtrInterface::NotifieeConst::name() const {
+  return String{typeText(typeid(*this))};
+}
+
+void PtrInterface::NotifieeConst::onZeroReferences() {}
+
+void PtrInterface::NotifieeConst::onNotificationException(AttributeId id) {
+  auto const* const entity = dynamic_cast<Entity const*>(notifier().get());
+  String const attribute = entity == nullptr ? String{} : entity->attributeString(id);
+  reportCallbackException(id, attribute.view(), typeid(*this));
+}
+
+void PtrInterface::NotifieeConst::handleNotificationException(AttributeId id) noexcept {
+  try {
+    onNotificationException(id);
+  } catch (...) {
+    reportCallbackException(id, "in onNotificationException", typeid(*this));
+  }
+}
+
+PtrInterface::NotifieeConst::~NotifieeConst() {
+  // The base's operation: what a derived class added to registration has been destroyed already.
+  if (linked()) NotifieeConst::isRegisteredNotifieeIs(false);
+}
+
+Notifier::~Notifier() {
+  for (Group* group = first_.next; group != nullptr;) {
+    Group* const gone = group;
+    group = group->next;
+    delete gone;
+  }
+}
+
+Notifier::Group& Notifier::groupOf(AttributeMask watching) const {
+  Group* group = &first_;
+  if (first_.watching == 0) first_.watching = watching;
+  while (group->watching != watching) {
+    // At the end of the chain: a change being told now reaches it last, and finds only watchers
+    // that have come too late for it.
+    if (group->next == nullptr) {
+      group->next = new Group;
+      group->next->watching = watching;
+    }
+    group = group->next;
+  }
+  return *group;
+}
+
+void Notifier::notifieeIs(NotifieeConst& watcher) const {
+  groupOf(watcher.watching()).watchers.append(watcher);
+}
+
+void Notifier::notifieeDel(NotifieeConst& watcher) const noexcept {
+  for (Group* group = &first_; group != nullptr; group = group->next)
+    if (group->watching == watcher.watching()) group->watchers.remove(watcher);
+}
+
+bool Notifier::hasNotifiees() const noexcept {
+  for (Group const* group = &first_; group != nullptr; group = group->next)
+    if (!group->watchers.empty()) return true;
+  return false;
+}
+
+void Notifier::watcherThrew(SnapshotIterator<NotifieeConst>& walk, Notifier const* notifier,
+                            AttributeId id, std::type_info const& watcher) noexcept {
+  if (NotifieeConst* const current = walk.current()) {
+    Ptr<NotifieeConst> const hold{current};
+    current->handleNotificationException(id);
+    return;
+  }
+  // The watcher has left, perhaps for good, so the runtime reports in its place.
+  try {
+    String const attribute = walk.listGone() ? String{} : notifier->attributeString(id);
+    reportCallbackException(id, attribute.view(), watcher);
+  } catch (...) {
+    reportCallbackException(id, {}, watcher);
+  }
+}
+
+void throwWatchedTypeException(std::type_info const& watched) {
+  throwTypeException(typeText(watched).c_str());
+}
+
+}  // namespace Vek

@@ -1,0 +1,108 @@
+#include "runtime/vek/PtrInterface.h"
+
+#include <mutex>
+#include <new>
+#include <unordered_set>
+
+#include "runtime/vek/Assertion.h"
+
+namespace Vek {
+
+bool VFPtrInterface::enableThreadSafePointers = false;
+bool ptrifTrackOn_ = false;
+
+void PtrInterface::hasNotificationActiveIs(bool on) {
+  notificationActiveFlagIs(on);
+}
+
+unsigned PtrInterface::vekAuditErrors(unsigned depth) const {
+  return auditErrors(depth);
+}
+
+unsigned PtrInterface::auditErrors(unsigned /*depth*/) const {
+  return 0;
+}
+
+void PtrInterface::zeroReferencesIs(bool /*zero*/) {}
+
+VekType const* PtrInterface::fwkType() const {
+  return nullptr;
+}
+
+PtrInterface::~PtrInterface() {
+  if (ptrifTrackOn_) PtrTrack::ptrifDel(this);
+  // `destroy` pins the count at one. Whoever still holds a reference now would use a dead object.
+  if (referenceCount() != 1) fatal("Vek: an object was destroyed while it was still referenced");
+}
+
+void PtrInterface::addReferenceAtomic() const noexcept {
+  std::atomic_ref<std::uint32_t>{word_}.fetch_add(kReference, std::memory_order_relaxed);
+}
+
+void PtrInterface::dropReferenceAtomic() const noexcept {
+  std::uint32_t const before =
+      std::atomic_ref<std::uint32_t>{word_}.fetch_sub(kReference, std::memory_order_acq_rel);
+  if (before / kReference == 1) destroy();
+}
+
+void PtrInterface::destroy() const noexcept {
+  // Order: pin first, so that a Ptr taken by the hook or by a destructor, and dropped there, does
+  // not destroy the object a second time.
+  addReference();
+  auto* const self = const_cast<PtrInterface*>(this);
+  self->zeroReferencesIs(true);
+  if (referenceCount() > 1) {  // the hook kept a reference: the object lives on
+    dropReference();
+    return;
+  }
+  delete self;
+}
+
+void PtrInterface::referencesLeak() const noexcept {
+  addReference();
+  if (ptrifTrackOn_) PtrTrack::ptrifDel(this);
+}
+
+void PtrInterface::trackNew() const noexcept {
+  PtrTrack::ptrifNew(this);
+}
+
+void* PtrInterface::operator new(std::size_t size) {
+  return ::operator new(size);
+}
+
+void PtrInterface::operator delete(void* memory, std::size_t /*size*/) noexcept {
+  ::operator delete(memory);
+}
+
+namespace {
+
+struct Tracker {
+  std::mutex mutex;
+  std::unordered_set<PtrInterface const*> objects;
+};
+
+// Never destroyed: objects with static storage may be released after any static of ours.
+Tracker& tracker() {
+  static auto* const instance = new Tracker;
+  return *instance;
+}
+
+}  // namespace
+
+void PtrTrack::ptrifNew(PtrInterface const* object) noexcept {
+  std::lock_guard const lock{tracker().mutex};
+  tracker().objects.insert(object);
+}
+
+void PtrTrack::ptrifDel(PtrInterface const* object) noexcept {
+  std::lock_guard const lock{tracker().mutex};
+  tracker().objects.erase(object);
+}
+
+std::size_t PtrTrack::live() noexcept {
+  std::lock_guard const lock{tracker().mutex};
+  return tracker().objects.size();
+}
+
+}  // namespace Vek

@@ -1,0 +1,131 @@
+#pragma once
+
+#include <atomic>
+#include <cstddef>
+#include <cstdint>
+#include <utility>
+
+namespace Vek {
+
+class VekType;
+
+/// Names one attribute of a type; unique within the type, not across types.
+using AttributeId = std::uint32_t;
+
+/// Holds the process-wide switch of reference counting.
+class VFPtrInterface {
+ public:
+  /// While true, every change of a reference count is an atomic read-modify-write; while false, a
+  /// plain one. A host sets it before its second thread shares objects and leaves it set.
+  static bool enableThreadSafePointers;
+};
+
+/// While true, living objects are recorded in `PtrTrack`. Set it before the first object is made.
+extern bool ptrifTrackOn_;
+
+/// Base of every shared object: an intrusive reference count and two flags in one word.
+///
+/// Ownership: an object is born with one reference, which `Vek::make` adopts. Counting from one
+/// (not from zero) lets a constructor hand `this` to a function that takes a `Ptr`: that temporary
+/// brings the count to two and back to one, never to zero.
+///
+/// Thread: one activity thread; only the count (and its flags) may be shared with other threads,
+/// and only while `enableThreadSafePointers` is set.
+///
+/// The order of the virtual operations is part of the interface: binary tools address them by slot.
+class PtrInterface {
+ public:
+  class NotifieeConst;
+
+  PtrInterface(PtrInterface const&) = delete;
+  PtrInterface& operator=(PtrInterface const&) = delete;
+
+  /// Switches delivery of notifications on or off, as far as the type has any.
+  virtual void hasNotificationActiveIs(bool on);
+  /// Number of inconsistencies found in this object; `depth` bounds how far children are followed.
+  virtual unsigned vekAuditErrors(unsigned depth) const;
+  virtual unsigned auditErrors(unsigned depth) const;
+  /// Called when the last reference has gone and the object is about to be destroyed. An override
+  /// that takes (and keeps) a reference keeps the object alive.
+  virtual void zeroReferencesIs(bool zero);
+  /// The type's record in the reflection, or null when the type has none.
+  virtual VekType const* fwkType() const;
+
+ protected:
+  PtrInterface() noexcept {
+    if (ptrifTrackOn_) trackNew();
+  }
+  virtual ~PtrInterface();
+
+ public:
+  bool hasNotificationActive() const noexcept { return (word_ & kNotificationActive) != 0; }
+  bool vekMarkedForDeletion() const noexcept { return (word_ & kMarkedForDeletion) != 0; }
+  void vekMarkedForDeletionIs(bool on) noexcept { flagIs(kMarkedForDeletion, on); }
+
+  /// References held at this moment; for tests and diagnostics only.
+  std::uint32_t referenceCount() const noexcept { return word_ / kReference; }
+
+  void addReference() const noexcept {
+    if (VFPtrInterface::enableThreadSafePointers) [[unlikely]] {
+      addReferenceAtomic();
+    } else {
+      word_ += kReference;
+    }
+  }
+
+  void dropReference() const noexcept {
+    if (VFPtrInterface::enableThreadSafePointers) [[unlikely]] {
+      dropReferenceAtomic();
+    } else {
+      word_ -= kReference;
+      if (word_ < kReference) [[unlikely]]
+        destroy();
+    }
+  }
+
+  /// Adds a reference that is never released: the object lives until the process ends, and the
+  /// object tracker no longer counts it as one that somebody ought to release.
+  void referencesLeak() const noexcept;
+
+  static void* operator new(std::size_t size);
+  static void operator delete(void* memory, std::size_t size) noexcept;
+
+ protected:
+  /// Sets the flag alone; an override of `hasNotificationActiveIs` calls it and then does its work.
+  void notificationActiveFlagIs(bool on) noexcept { flagIs(kNotificationActive, on); }
+
+ private:
+  // The flags are the two low bits; the count stands above them, so no flag is ever a reference.
+  static constexpr std::uint32_t kNotificationActive{1U << 0U};
+  static constexpr std::uint32_t kMarkedForDeletion{1U << 1U};
+  static constexpr std::uint32_t kReference{1U << 2U};
+
+  void flagIs(std::uint32_t flag, bool on) noexcept {
+    if (VFPtrInterface::enableThreadSafePointers) {
+      std::atomic_ref<std::uint32_t> word{word_};
+      on ? word.fetch_or(flag, std::memory_order_relaxed)
+         : word.fetch_and(~flag, std::memory_order_relaxed);
+    } else {
+      word_ = on ? word_ | flag : word_ & ~flag;
+    }
+  }
+
+  void addReferenceAtomic() const noexcept;
+  void dropReferenceAtomic() const noexcept;
+  void destroy() const noexcept;
+  void trackNew() const noexcept;
+
+  mutable std::uint32_t word_{kReference};
+};
+
+/// The living objects, recorded while `ptrifTrackOn_` is set; for tests and for hosts
+/// that look for leaks. Thread: safe from any.
+class PtrTrack {
+ public:
+  static void ptrifNew(PtrInterface const* object) noexcept;
+  static void ptrifDel(PtrInterface const* object) noexcept;
+  /// Objects made since tracking was switched on that are alive and not leaked on purpose.
+  static std::size_t live() noexcept;
+};
+
+}  // namespace Vek

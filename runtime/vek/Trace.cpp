@@ -1,0 +1,63 @@
+#include "runtime/vek/Trace.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <string>
+#include <utility>
+
+#include "runtime/vek/Exception.h"
+
+namespace Vek {
+
+std::ostream* coverageStream_ = nullptr;
+
+namespace {
+
+// Never destroyed: machines may be torn down, and trace, while statics are being destroyed.
+TraceSink& currentSink() {
+  static auto* const sink = new TraceSink;
+  return *sink;
+}
+
+void writeToStandardError(TraceRecord const& record) {
+  std::fprintf(stderr, "%.*s %d %.*s:%d %.*s: %.*s\n", static_cast<int>(record.facility.size()),
+               record.facility.data(), record.level, static_cast<int>(record.source.size()),
+               record.source.data(), record.line, static_cast<int>(record.function.size()),
+               record.function.data(), static_cast<int>(record.message.size()),
+               record.message.data());
+}
+
+}  // namespace
+
+void TraceHandle::levelIs(int level, bool on) {
+  if (level < 0 || level >= kLevels) throwRangeException("trace level out of range");
+  levels_[index(level)] = on;
+  enabled_ = std::any_of(levels_.begin(), levels_.end(), [](bool enabled) { return enabled; });
+}
+
+TraceSink traceSinkIs(TraceSink sink) {
+  return std::exchange(currentSink(), std::move(sink));
+}
+
+void traceHelper(TraceHandle const& facility, char const* file, std::stringstream& message,
+                 int level, bool levelFlag, char const* source, int line, char const* function) {
+  std::string const text = std::move(message).str();
+  TraceRecord const record{facility.name(), file, source, function, text, level, line, levelFlag};
+  if (coverageStream_ != nullptr)
+    *coverageStream_ << record.facility << ' ' << level << ' ' << source << ':' << line << ' '
+                     << function << ' ' << text << '\n';
+  if (!levelFlag) return;
+  if (currentSink()) {
+    // Held here, since the sink may replace itself.
+    TraceSink const sink = currentSink();
+    sink(record);
+  } else {
+    writeToStandardError(record);
+  }
+}
+
+void TracePoint::lost() noexcept {
+  std::fputs("Vek: a trace message was lost\n", stderr);
+}
+
+}  // namespace Vek

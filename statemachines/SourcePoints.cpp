@@ -1,0 +1,8 @@
+#include "statemachines/SourcePoints.h"
+
+namespace LinkFlap {
+
+// Constant-initialised: a trace point needs no guard, and may be passed before any static is ready.
+constinit Vek::TraceHandle linkFlapTraceHandle{"LinkFlap", false};
+
+}  // namespace LinkFlap
