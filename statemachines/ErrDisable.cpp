@@ -63,8 +63,8 @@ void clearHistories(LinkFlapProfileSm& sm) {
 
 void declareErrDisable(LinkFlapProfileSm& sm, std::uint32_t maxFlaps) {
   // Deliberate: no blank stands between the count and "violations".
-  Trace::declareErrDisable("Interface exceeded ", sm.curViolations(), "violations, each with at least ",
-                           maxFlaps, " flaps; errdisabling it");
+  Trace::declareErrDisable("Interface exceeded ", sm.curViolations(),
+                           "violations, each with at least ", maxFlaps, " flaps; errdisabling it");
   logTimeStamps(sm);
   // Order: the histories are cleared before the record is written. Whoever hears of the record may
   // change this very interface's link, and that must start from nothing.

@@ -6,11 +6,11 @@
 
 namespace LinkFlap {
 
-LinkFlapIntfSm::LinkFlapIntfSm(
-    Vek::Ptr<Interface::EthPhyIntfStatus const> const& ethPhyIntfStatus,
-    Vek::Ptr<Config const> const& config, Vek::Ptr<IntfConfig const> const& intfConfig,
-    Vek::Ptr<Interface::EthPhyIntfConfig const> const& ethPhyIntfConfig,
-    Vek::Ptr<Errdisable::CauseStatus> const& causeStatus)
+LinkFlapIntfSm::LinkFlapIntfSm(Vek::Ptr<Interface::EthPhyIntfStatus const> const& ethPhyIntfStatus,
+                               Vek::Ptr<Config const> const& config,
+                               Vek::Ptr<IntfConfig const> const& intfConfig,
+                               Vek::Ptr<Interface::EthPhyIntfConfig const> const& ethPhyIntfConfig,
+                               Vek::Ptr<Errdisable::CauseStatus> const& causeStatus)
     : ethPhyIntfStatus_{ethPhyIntfStatus},
       ethPhyIntfConfig_{ethPhyIntfConfig},
       causeStatus_{causeStatus} {

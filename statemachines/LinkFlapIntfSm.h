@@ -30,17 +30,16 @@ class LinkFlapIntfSm final : public Vek::PtrInterface, public Vek::HashLink {
 
   /// `intfConfig` may be empty: the interface has no settings of its own.
   LinkFlapIntfSm(Vek::Ptr<Interface::EthPhyIntfStatus const> const& ethPhyIntfStatus,
-                 Vek::Ptr<Config const> const& config,
-                 Vek::Ptr<IntfConfig const> const& intfConfig,
+                 Vek::Ptr<Config const> const& config, Vek::Ptr<IntfConfig const> const& intfConfig,
                  Vek::Ptr<Interface::EthPhyIntfConfig const> const& ethPhyIntfConfig,
                  Vek::Ptr<Errdisable::CauseStatus> const& causeStatus);
 
   /// Makes a machine and switches its notifications on.
-  static Ptr LinkFlapIntfSmIs(
-      Vek::Ptr<Interface::EthPhyIntfStatus const> const& ethPhyIntfStatus,
-      Vek::Ptr<Config const> const& config, Vek::Ptr<IntfConfig const> const& intfConfig,
-      Vek::Ptr<Interface::EthPhyIntfConfig const> const& ethPhyIntfConfig,
-      Vek::Ptr<Errdisable::CauseStatus> const& causeStatus);
+  static Ptr LinkFlapIntfSmIs(Vek::Ptr<Interface::EthPhyIntfStatus const> const& ethPhyIntfStatus,
+                              Vek::Ptr<Config const> const& config,
+                              Vek::Ptr<IntfConfig const> const& intfConfig,
+                              Vek::Ptr<Interface::EthPhyIntfConfig const> const& ethPhyIntfConfig,
+                              Vek::Ptr<Errdisable::CauseStatus> const& causeStatus);
 
   void hasNotificationActiveIs(bool on) override;
   virtual void vekDoZombieReactors(bool on);
@@ -132,8 +131,7 @@ class LinkFlapIntfSm final : public Vek::PtrInterface, public Vek::HashLink {
 };
 
 /// Watches the global thresholds; they matter to this interface's "default" profile machine only.
-class LinkFlapIntfSm::VekConfig final
-    : public Vek::Reactor<VekConfig, LinkFlapIntfSm, Config> {
+class LinkFlapIntfSm::VekConfig final : public Vek::Reactor<VekConfig, LinkFlapIntfSm, Config> {
  public:
   using Reactor::Reactor;
   void linkFlapIntfSmIs(LinkFlapIntfSm* sm) { ownerIs(sm); }
@@ -155,9 +153,7 @@ class LinkFlapIntfSm::VekIntfConfig final
   using Reactor::Reactor;
   void linkFlapIntfSmIs(LinkFlapIntfSm* sm) { ownerIs(sm); }
 
-  void onProfileList(Vek::String name) override {
-    react(name, &LinkFlapIntfSm::handleProfileList);
-  }
+  void onProfileList(Vek::String name) override { react(name, &LinkFlapIntfSm::handleProfileList); }
   /// The immediate form of a change of the list is ignored; the keyed form acts.
   void onProfileListvekImmediate() override {}
   void onEnabled() override { react(&LinkFlapIntfSm::vek_handleIntfConfig_enabled); }

@@ -6,13 +6,12 @@
 
 namespace LinkFlap {
 
-LinkFlapSm::LinkFlapSm(
-    Vek::Ptr<Vek::ActivityConfig> const& vekFwkActivity,
-    Vek::Ptr<Interface::AllEthPhyIntfConfigDir const> const& ethPhyIntfConfigDir,
-    Vek::Ptr<Interface::AllEthPhyIntfStatusDir const> const& ethPhyIntfStatusDir,
-    Vek::Ptr<Errdisable::Config const> const& errdisableConfig,
-    Vek::Ptr<Config const> const& config, Vek::Ptr<Errdisable::CauseStatus> const& causeStatus,
-    Vek::String causeName)
+LinkFlapSm::LinkFlapSm(Vek::Ptr<Vek::ActivityConfig> const& vekFwkActivity,
+                       Vek::Ptr<Interface::AllEthPhyIntfConfigDir const> const& ethPhyIntfConfigDir,
+                       Vek::Ptr<Interface::AllEthPhyIntfStatusDir const> const& ethPhyIntfStatusDir,
+                       Vek::Ptr<Errdisable::Config const> const& errdisableConfig,
+                       Vek::Ptr<Config const> const& config,
+                       Vek::Ptr<Errdisable::CauseStatus> const& causeStatus, Vek::String causeName)
     : vekFwkActivity_{vekFwkActivity}, causeStatus_{causeStatus}, causeName_{std::move(causeName)} {
   if (ethPhyIntfConfigDir)
     ethPhyIntfConfigDir_.reactorIs(newEthPhyIntfConfigDir(ethPhyIntfConfigDir));

@@ -195,8 +195,7 @@ class LinkFlapSm::VekErrdisableConfig final
   ~VekErrdisableConfig() override = default;
 };
 
-class LinkFlapSm::VekConfig final
-    : public Vek::ActivityReactor<VekConfig, LinkFlapSm, Config> {
+class LinkFlapSm::VekConfig final : public Vek::ActivityReactor<VekConfig, LinkFlapSm, Config> {
  public:
   using ActivityReactor::ActivityReactor;
   void linkFlapSmIs(LinkFlapSm* sm) { ownerIs(sm); }

@@ -109,9 +109,9 @@ LinkFlapProfileSm::Ptr LinkFlapIntfSm::newLinkFlapProfileSm(
     Vek::Ptr<Interface::EthPhyIntfConfig const> const& ethPhyIntfConfig,
     Vek::Ptr<Interface::EthPhyIntfStatus const> const& ethPhyIntfStatus,
     Vek::Ptr<Errdisable::CauseStatus> const& causeStatus) {
-  auto child = LinkFlapProfileSm::LinkFlapProfileSmIs(std::move(profileName), profileConfig, config,
-                                                      ethPhyIntfConfig, ethPhyIntfStatus,
-                                                      causeStatus, this);
+  auto child =
+      LinkFlapProfileSm::LinkFlapProfileSmIs(std::move(profileName), profileConfig, config,
+                                             ethPhyIntfConfig, ethPhyIntfStatus, causeStatus, this);
   linkFlapProfileSmDel(child->profileName());
   linkFlapProfileSm_.newMember(child);
   return child;

@@ -14,8 +14,7 @@ constexpr Vek::AttributeId kZeroReferences{5};
 
 }  // namespace
 
-Root::Root(Vek::Name name)
-    : Entity{std::move(name)}, whereabouts_{Vek::make<Whereabouts>(this)} {}
+Root::Root(Vek::Name name) : Entity{std::move(name)}, whereabouts_{Vek::make<Whereabouts>(this)} {}
 
 Root::~Root() {
   (void)linkFlapSmDel();

@@ -38,7 +38,9 @@ class CauseStatus final : public Vek::State<CauseStatus> {
 
   /// The interfaces that are err-disabled for this cause, each with the time of `Vek::now()` at
   /// which it was, in seconds.
-  Vek::Collection<Tarn::IntfId, double> const& intfStatus() const { return members(intfStatusAttr); }
+  Vek::Collection<Tarn::IntfId, double> const& intfStatus() const {
+    return members(intfStatusAttr);
+  }
   /// That time; 0 for an interface without a record, which `intfStatus().has(id)` tells apart.
   double intfStatus(Tarn::IntfId const& id) const { return member(intfStatusAttr, id); }
   void intfStatusIs(Tarn::IntfId id, double const& time) { memberIs(intfStatusAttr, id, time); }

@@ -53,9 +53,8 @@ class IntfConfig final : public Vek::State<IntfConfig> {
 template <typename W>
 consteval Vek::AttributeMask IntfConfig::NotifieeConst::overriddenBy() {
   return Vek::maskOf(enabledAttr, !Vek::inheritsScalar<N>(&W::onEnabled)) |
-         Vek::maskOf(profileListAttr,
-                     !Vek::inheritsKeyed<N, Vek::String>(&W::onProfileList) ||
-                         !Vek::inheritsScalar<N>(&W::onProfileListvekImmediate));
+         Vek::maskOf(profileListAttr, !Vek::inheritsKeyed<N, Vek::String>(&W::onProfileList) ||
+                                          !Vek::inheritsScalar<N>(&W::onProfileListvekImmediate));
 }
 
 }  // namespace LinkFlap

@@ -79,7 +79,8 @@ Ptr<ActivitySm> vekActivitySmFor(Ptr<ActivityConfig> const& config);
 class Deferral : public ListRaw<Deferral>::Link {
  public:
   /// `attributes`: how many attributes can wait at most. `reactor` owns this object.
-  Deferral(PtrInterface::NotifieeConst& reactor, DeferredDelivery& delivery, std::size_t attributes);
+  Deferral(PtrInterface::NotifieeConst& reactor, DeferredDelivery& delivery,
+           std::size_t attributes);
   ~Deferral() { cancel(); }
 
   Ptr<ActivityConfig> const& vekFwkActivity() const noexcept { return activity_; }
@@ -101,8 +102,7 @@ class Deferral : public ListRaw<Deferral>::Link {
   /// While it lives, the next notification of attribute `id` counts as delivered: it does not wait.
   class Delivering {
    public:
-    Delivering(Deferral& deferral, AttributeId id) noexcept
-        : deferral_{deferral} {
+    Delivering(Deferral& deferral, AttributeId id) noexcept : deferral_{deferral} {
       deferral.delivering_ = id;
     }
     ~Delivering() { deferral_.delivering_ = 0; }

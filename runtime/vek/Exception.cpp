@@ -1,10 +1,9 @@
 #include "runtime/vek/Exception.h"
 
-#include <cxxabi.h>
-
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
+#include <cxxabi.h>
 #include <memory>
 #include <vector>
 

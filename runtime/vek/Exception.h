@@ -61,8 +61,7 @@ class Exception : public std::exception {
 /// A value outside of what an operation can take, or a space that is used up.
 class RangeException : public Exception {
  public:
-  RangeException(String message, IdBitArray ids) noexcept
-      : Exception{std::move(message), ids} {}
+  RangeException(String message, IdBitArray ids) noexcept : Exception{std::move(message), ids} {}
 };
 
 /// A child was requested under a name that is in use with other construction parameters.

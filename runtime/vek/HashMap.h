@@ -108,7 +108,8 @@ template <typename Entry, typename Key, typename Value>
 class HashMap<Entry, Key, Value>::Iterator {
  public:
   explicit Iterator(HashMap const& map)
-      : map_{&map}, member_{static_cast<Entry*>(map.table_.findNextBucket(0))},
+      : map_{&map},
+        member_{static_cast<Entry*>(map.table_.findNextBucket(0))},
         version_{map.table_.version()} {}
 
   explicit operator bool() const noexcept { return bool{member_}; }

@@ -72,7 +72,8 @@ class HashMapGeneric {
     return member.next_ != nullptr ? member.next_ : findNextBucket(bucketOf(member.order_) + 1);
   }
   /// First member beyond the place of `key`, whether or not `key` itself is present; or null.
-  HashLink* findNextG(std::uint32_t order, void const* key, HashKeyTable const& table) const noexcept;
+  HashLink* findNextG(std::uint32_t order, void const* key,
+                      HashKeyTable const& table) const noexcept;
 
   /// Links `member` in under `key`, which must be absent.
   void newMemberG(HashLink& member, void const* key, HashKeyTable const& table) noexcept;

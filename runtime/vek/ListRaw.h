@@ -112,9 +112,18 @@ class ListRaw {
 template <typename T>
 class SnapshotIterator {
  public:
-  explicit SnapshotIterator(ListRaw<T>& list, std::uint64_t limit = ListRaw<T>::numberNow()) noexcept
+  explicit SnapshotIterator(ListRaw<T>& list,
+                            std::uint64_t limit = ListRaw<T>::numberNow()) noexcept
       : list_{&list}, next_{list.first_}, limit_{limit}, outer_{list.walks_} {
+    // The list knows the walk while the walk lives, which g++ cannot see.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdangling-pointer"
+#endif
     list.walks_ = this;
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic pop
+#endif
   }
   ~SnapshotIterator() {
     if (list_ != nullptr) list_->walks_ = outer_;
@@ -135,9 +144,13 @@ class SnapshotIterator {
   }
 
   /// The member that the walk stands on; null when it has left the list (and perhaps is no more).
-  T* current() const noexcept { return static_cast<T*>(current_); }
+  T* current() const noexcept {
+    return static_cast<T*>(current_);
+  }
   /// Whether the list itself has gone.
-  bool listGone() const noexcept { return list_ == nullptr; }
+  bool listGone() const noexcept {
+    return list_ == nullptr;
+  }
 
  private:
   friend class ListRaw<T>;

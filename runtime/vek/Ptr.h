@@ -27,13 +27,11 @@ class Ptr {
   Ptr(Ptr const& other) noexcept : object_{other.object_} { add(); }
   Ptr(Ptr&& other) noexcept : object_{std::exchange(other.object_, nullptr)} {}
   template <typename U>
-    requires(!std::same_as<U, T> && std::convertible_to<U*, T*>)
-  Ptr(Ptr<U> const& other) noexcept : object_{other.get()} {
-    add();
-  }
+  requires(!std::same_as<U, T> && std::convertible_to<U*, T*>) Ptr(Ptr<U> const& other)
+  noexcept : object_{other.get()} { add(); }
   template <typename U>
-    requires(!std::same_as<U, T> && std::convertible_to<U*, T*>)
-  Ptr(Ptr<U>&& other) noexcept : object_{other.release()} {}
+  requires(!std::same_as<U, T> && std::convertible_to<U*, T*>) Ptr(Ptr<U>&& other)
+  noexcept : object_{other.release()} {}
   ~Ptr() {
     if (object_ != nullptr) object_->dropReference();
   }

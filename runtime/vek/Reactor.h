@@ -99,7 +99,9 @@ class ActivityReactor : public Reactor<Self, Owner, Watched>, private DeferredDe
   }
 
   Ptr<ActivityConfig> const& vekFwkActivity() const noexcept { return deferral_.vekFwkActivity(); }
-  void vekFwkActivityIs(Ptr<ActivityConfig> const& activity) { deferral_.vekFwkActivityIs(activity); }
+  void vekFwkActivityIs(Ptr<ActivityConfig> const& activity) {
+    deferral_.vekFwkActivityIs(activity);
+  }
   Ptr<ActivitySm> const& actsm() const noexcept { return deferral_.actsm(); }
   void actsmIs(Ptr<ActivitySm> actsm) noexcept { deferral_.actsmIs(std::move(actsm)); }
 

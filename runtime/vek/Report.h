@@ -12,10 +12,10 @@ namespace Vek {
 /// An exception that left a callback. The runtime keeps it: whoever changed the attribute does not
 /// see it, the other watchers are told all the same, and this report is what becomes of it.
 struct CallbackFailure {
-  AttributeId attribute;       ///< the attribute whose change was being told
-  std::string attributeName;   ///< empty when the notifier has no name for it
-  std::string watcher;         ///< the class of the watcher that threw
-  std::string message;         ///< `what()` of the exception
+  AttributeId attribute;      ///< the attribute whose change was being told
+  std::string attributeName;  ///< empty when the notifier has no name for it
+  std::string watcher;        ///< the class of the watcher that threw
+  std::string message;        ///< `what()` of the exception
 };
 
 using ExceptionSink = std::function<void(CallbackFailure const&)>;

@@ -60,10 +60,9 @@ class State : public Notifier {
     if (sameValue(held, value)) return;
     held = std::move(value);
     this->countChange();
-    this->template tell<Watcher>(attribute.id,
-                                 [&](Watcher& watcher, auto const& /*walk*/) {
-                                   (watcher.*attribute.changed)();
-                                 });
+    this->template tell<Watcher>(attribute.id, [&](Watcher& watcher, auto const& /*walk*/) {
+      (watcher.*attribute.changed)();
+    });
   }
 
   /// All members of a keyed attribute.

@@ -18,7 +18,8 @@ class String {
  public:
   String() noexcept : block_{emptyBlock()} { addReference(); }
   /// A null pointer gives the empty string.
-  String(char const* text) : String(text == nullptr ? std::string_view{} : std::string_view{text}) {}
+  String(char const* text)
+      : String(text == nullptr ? std::string_view{} : std::string_view{text}) {}
   explicit String(std::string_view text);
   String(String const& other) noexcept : block_{other.block_} { addReference(); }
   String(String&& other) noexcept : String{} { swap(other); }
@@ -55,7 +56,9 @@ class String {
   friend std::strong_ordering operator<=>(String const& a, String const& b) noexcept {
     return a.view() <=> b.view();
   }
-  friend String operator+(String const& a, String const& b) { return concatenated(a.view(), b.view()); }
+  friend String operator+(String const& a, String const& b) {
+    return concatenated(a.view(), b.view());
+  }
   friend String operator+(String const& a, char const* b) { return concatenated(a.view(), b); }
   friend String operator+(char const* a, String const& b) { return concatenated(a, b.view()); }
 

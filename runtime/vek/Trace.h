@@ -31,7 +31,9 @@ class TraceHandle {
   char const* name() const noexcept { return name_; }
   /// Whether any level is enabled.
   bool enabled() const noexcept { return enabled_; }
-  bool level(int level) const noexcept { return level >= 0 && level < kLevels && levels_[index(level)]; }
+  bool level(int level) const noexcept {
+    return level >= 0 && level < kLevels && levels_[index(level)];
+  }
   /// Enables or disables one level, 0 to 9. Throws `Vek::RangeException` for another number.
   void levelIs(int level, bool on);
 
