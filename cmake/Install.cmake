@@ -13,6 +13,9 @@ install(FILES ${CMAKE_CURRENT_BINARY_DIR}/linkflapConfig.cmake
               ${CMAKE_CURRENT_BINARY_DIR}/linkflapConfigVersion.cmake
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/cmake/linkflap)
 
+# Relative, so that the installed tree can be moved.
+file(RELATIVE_PATH LINKFLAP_PC_TO_PREFIX
+     /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(cmake/linkflap.pc.in ${CMAKE_CURRENT_BINARY_DIR}/linkflap.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/linkflap.pc
         DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -43,7 +43,7 @@ LinkFlapIntfSm::Ptr LinkFlapSm::admitted(Tarn::IntfId const& intfId) {
     }
     auto const status = ethPhyIntfStatusDir()->intfStatus(intfId);
     auto const phyConfig = ethPhyIntfConfigDir()->intfConfig(intfId);
-    auto const child = linkFlapIntfSmIs(status, config(), lfIntfConfig, phyConfig, causeStatus_);
+    auto child = linkFlapIntfSmIs(status, config(), lfIntfConfig, phyConfig, causeStatus_);
     if (child.get() == existing ||
         (linkFlapIntfSm(child->fwkKey()) == child && config()->intfConfig(intfId) == lfIntfConfig &&
          ethPhyIntfStatusDir()->intfStatus(intfId) == status &&

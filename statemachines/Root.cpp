@@ -28,8 +28,8 @@ void Root::tellWatchers(Vek::AttributeId id, Notify notify) {
   Vek::SnapshotIterator<Vek::PtrInterface::NotifieeConst> walk{notifiees_};
   while (Vek::PtrInterface::NotifieeConst* const watcher = walk.next()) {
     Vek::Ptr<Vek::PtrInterface::NotifieeConst> const hold{watcher};
+    Vek::Expect const none{Vek::kNoException};
     try {
-      Vek::Expect const none{Vek::kNoException};
       notify(static_cast<NotifieeConst&>(*watcher));
     } catch (...) {
       hold->handleNotificationException(id);
@@ -59,7 +59,7 @@ Vek::Ptr<LinkFlapSm> Root::linkFlapSmIs(
   Ptr const self{this};  // a watcher may drop the host's reference
   countChange();
   if (linkFlapSm_) {
-    Vek::Ptr<LinkFlapSm> const held = Vek::validPtr(linkFlapSm_);
+    Vek::Ptr<LinkFlapSm> held = Vek::validPtr(linkFlapSm_);
     held->vekFwkActivityIs(vekFwkActivity);
     if (held->ethPhyIntfConfigDir() == ethPhyIntfConfigDir &&
         held->ethPhyIntfStatusDir() == ethPhyIntfStatusDir &&
@@ -68,8 +68,8 @@ Vek::Ptr<LinkFlapSm> Root::linkFlapSmIs(
       return held;
   }
   // Order: stored only when it is complete. What building throws leaves the old machine in place.
-  auto const sm = newLinkFlapSm(vekFwkActivity, ethPhyIntfConfigDir, ethPhyIntfStatusDir,
-                                errdisableConfig, config, causeStatus, std::move(causeName));
+  auto sm = newLinkFlapSm(vekFwkActivity, ethPhyIntfConfigDir, ethPhyIntfStatusDir,
+                          errdisableConfig, config, causeStatus, std::move(causeName));
   linkFlapSm_ = sm;
   tellLinkFlapSm();
   sm->hasNotificationActiveIs(true);
@@ -90,7 +90,7 @@ Vek::Ptr<LinkFlapSm> Root::newLinkFlapSm(
 Vek::Ptr<LinkFlapSm> Root::linkFlapSmDel() {
   if (!linkFlapSm_) return nullptr;
   Ptr const self{this};  // a watcher may drop the host's reference
-  auto const removed = std::exchange(linkFlapSm_, nullptr);
+  auto removed = std::exchange(linkFlapSm_, nullptr);
   countChange();
   tellLinkFlapSm();
   return removed;

@@ -12,7 +12,9 @@ namespace Vek {
 namespace {
 
 Exception::IdBitArray ids(ExceptionId id) {
-  return Exception::IdBitArray{}.add(id);
+  Exception::IdBitArray set;
+  set.add(id);
+  return set;
 }
 
 }  // namespace

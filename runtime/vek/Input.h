@@ -31,7 +31,7 @@ class Input {
 
   /// Unbinds and drops the reactor; returns the object it watched.
   auto objectDel() {
-    auto const watched = object();
+    auto watched = object();
     if (auto const dropped = std::exchange(reactor_, nullptr)) {
       // Whoever else holds the reactor holds a dead one.
       dropped->vekDoZombieReactors(true);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cmath>
 #include <cstdint>
 #include <tuple>
 #include <type_traits>
@@ -15,7 +16,7 @@ namespace Vek {
 template <typename Value>
 bool sameValue(Value const& a, Value const& b) {
   if constexpr (std::is_floating_point_v<Value>) {
-    return a == b || (a != a && b != b);
+    return a == b || (std::isnan(a) && std::isnan(b));
   } else {
     return a == b;
   }
