@@ -10,6 +10,8 @@ namespace Interface {
 /// interface is monitored only while it has a member here.
 class AllEthPhyIntfConfigDir final : public Vek::State<AllEthPhyIntfConfigDir> {
  public:
+  static constexpr std::string_view vekTypeName{"Interface::AllEthPhyIntfConfigDir"};
+
   class NotifieeConst : public Vek::NotifieeOf<AllEthPhyIntfConfigDir> {
    public:
     virtual void onIntfConfig(Tarn::IntfId) {}
@@ -35,6 +37,8 @@ class AllEthPhyIntfConfigDir final : public Vek::State<AllEthPhyIntfConfigDir> {
   // clang-format on
   static constexpr std::tuple vekAttributes{intfConfigAttr};
   static_assert(Vek::distinct(vekAttributes));
+
+  Vek::VekType const* fwkType() const override;
 
   using State::State;
 

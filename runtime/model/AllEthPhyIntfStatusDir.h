@@ -10,6 +10,8 @@ namespace Interface {
 /// interface is monitored only while it has a member here.
 class AllEthPhyIntfStatusDir final : public Vek::State<AllEthPhyIntfStatusDir> {
  public:
+  static constexpr std::string_view vekTypeName{"Interface::AllEthPhyIntfStatusDir"};
+
   class NotifieeConst : public Vek::NotifieeOf<AllEthPhyIntfStatusDir> {
    public:
     virtual void onIntfStatus(Tarn::IntfId) {}
@@ -35,6 +37,8 @@ class AllEthPhyIntfStatusDir final : public Vek::State<AllEthPhyIntfStatusDir> {
   // clang-format on
   static constexpr std::tuple vekAttributes{intfStatusAttr};
   static_assert(Vek::distinct(vekAttributes));
+
+  Vek::VekType const* fwkType() const override;
 
   using State::State;
 

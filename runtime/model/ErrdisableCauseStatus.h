@@ -8,6 +8,8 @@ namespace Errdisable {
 /// The err-disable record of one cause. Output: the one object that the link-flap library writes.
 class CauseStatus final : public Vek::State<CauseStatus> {
  public:
+  static constexpr std::string_view vekTypeName{"Errdisable::CauseStatus"};
+
   class NotifieeConst : public Vek::NotifieeOf<CauseStatus> {
    public:
     virtual void onIntfStatus(Tarn::IntfId) {}
@@ -33,6 +35,8 @@ class CauseStatus final : public Vek::State<CauseStatus> {
   // clang-format on
   static constexpr std::tuple vekAttributes{intfStatusAttr};
   static_assert(Vek::distinct(vekAttributes));
+
+  Vek::VekType const* fwkType() const override;
 
   using State::State;
 

@@ -7,6 +7,8 @@ namespace Errdisable {
 /// The err-disable configuration of the switch. Input, one instance.
 class Config final : public Vek::State<Config> {
  public:
+  static constexpr std::string_view vekTypeName{"Errdisable::Config"};
+
   class NotifieeConst : public Vek::NotifieeOf<Config> {
    public:
     virtual void onRecoveryInterval() {}
@@ -41,6 +43,8 @@ class Config final : public Vek::State<Config> {
   static constexpr std::tuple vekAttributes{recoveryIntervalAttr, disabledAttr,
                                             timerRecoveryEnabledAttr};
   static_assert(Vek::distinct(vekAttributes));
+
+  Vek::VekType const* fwkType() const override;
 
   using State::State;
 

@@ -19,6 +19,8 @@ enum class PhyConfigState : std::uint32_t {
 /// `AllEthPhyIntfConfigDir.intfConfig`.
 class EthPhyIntfConfig final : public Vek::State<EthPhyIntfConfig> {
  public:
+  static constexpr std::string_view vekTypeName{"Interface::EthPhyIntfConfig"};
+
   class NotifieeConst : public Vek::NotifieeOf<EthPhyIntfConfig> {
    public:
     virtual void onPhyConfigState() {}
@@ -48,6 +50,8 @@ class EthPhyIntfConfig final : public Vek::State<EthPhyIntfConfig> {
   // clang-format on
   static constexpr std::tuple vekAttributes{intfIdAttr, phyConfigStateAttr};
   static_assert(Vek::distinct(vekAttributes));
+
+  Vek::VekType const* fwkType() const override;
 
   PhyConfigState phyConfigState() const { return get(phyConfigStateAttr); }
   void phyConfigStateIs(PhyConfigState state) { set(phyConfigStateAttr, state); }

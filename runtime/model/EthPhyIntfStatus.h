@@ -19,6 +19,8 @@ enum class RawLinkStatus : std::uint32_t {
 /// `AllEthPhyIntfStatusDir.intfStatus`; written by the interface's driver.
 class EthPhyIntfStatus final : public Vek::State<EthPhyIntfStatus> {
  public:
+  static constexpr std::string_view vekTypeName{"Interface::EthPhyIntfStatus"};
+
   class NotifieeConst : public Vek::NotifieeOf<EthPhyIntfStatus> {
    public:
     virtual void onRawLinkStatus() {}
@@ -48,6 +50,8 @@ class EthPhyIntfStatus final : public Vek::State<EthPhyIntfStatus> {
   // clang-format on
   static constexpr std::tuple vekAttributes{intfIdAttr, rawLinkStatusAttr};
   static_assert(Vek::distinct(vekAttributes));
+
+  Vek::VekType const* fwkType() const override;
 
   RawLinkStatus rawLinkStatus() const { return get(rawLinkStatusAttr); }
   void rawLinkStatusIs(RawLinkStatus status) { set(rawLinkStatusAttr, status); }

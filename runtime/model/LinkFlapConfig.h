@@ -11,6 +11,8 @@ namespace LinkFlap {
 /// interface, only read by the link-flap library.
 class Config final : public Vek::State<Config> {
  public:
+  static constexpr std::string_view vekTypeName{"LinkFlap::Config"};
+
   class NotifieeConst : public Vek::NotifieeOf<Config> {
    public:
     virtual void onMaxFlaps() {}
@@ -53,6 +55,8 @@ class Config final : public Vek::State<Config> {
   static constexpr std::tuple vekAttributes{maxFlapsAttr, intervalAttr, intfConfigAttr,
                                             profileConfigAttr, defaultProfileListAttr};
   static_assert(Vek::distinct(vekAttributes));
+
+  Vek::VekType const* fwkType() const override;
 
   using State::State;
 

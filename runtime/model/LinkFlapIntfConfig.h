@@ -7,6 +7,8 @@ namespace LinkFlap {
 /// The link-flap configuration of one interface. Input; a member of `Config.intfConfig`.
 class IntfConfig final : public Vek::State<IntfConfig> {
  public:
+  static constexpr std::string_view vekTypeName{"LinkFlap::IntfConfig"};
+
   class NotifieeConst : public Vek::NotifieeOf<IntfConfig> {
    public:
     virtual void onProfileList(Vek::String) {}
@@ -35,6 +37,8 @@ class IntfConfig final : public Vek::State<IntfConfig> {
   // clang-format on
   static constexpr std::tuple vekAttributes{enabledAttr, profileListAttr};
   static_assert(Vek::distinct(vekAttributes));
+
+  Vek::VekType const* fwkType() const override;
 
   using State::State;
 

@@ -7,6 +7,8 @@ namespace LinkFlap {
 /// One named detection profile. Input; a member of `Config.profileConfig`, under its own name.
 class ProfileConfig final : public Vek::State<ProfileConfig> {
  public:
+  static constexpr std::string_view vekTypeName{"LinkFlap::ProfileConfig"};
+
   class NotifieeConst : public Vek::NotifieeOf<ProfileConfig> {
    public:
     virtual void onMaxFlaps() {}
@@ -40,6 +42,8 @@ class ProfileConfig final : public Vek::State<ProfileConfig> {
   static constexpr std::tuple vekAttributes{maxFlapsAttr, intervalAttr, violationsAttr,
                                             trackedIntervalsAttr};
   static_assert(Vek::distinct(vekAttributes));
+
+  Vek::VekType const* fwkType() const override;
 
   /// `name` is the profile's name. All values are 0 until set.
   using State::State;

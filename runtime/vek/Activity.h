@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <string_view>
 #include <vector>
 
 #include "runtime/vek/Entity.h"
@@ -31,7 +32,11 @@ class DeferredDelivery {
 /// must therefore deliver after every change, or it loses some.
 class ActivityConfig final : public Entity {
  public:
+  static constexpr std::string_view vekTypeName{"Vek::ActivityConfig"};
+
   using Entity::Entity;
+
+  VekType const* fwkType() const override;
 
   bool deferred() const noexcept { return deferred_; }
   /// Concerns later notifications; what waits already stays where it is.

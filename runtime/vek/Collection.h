@@ -58,6 +58,8 @@ class Collection {
   }
 
   Iterator begin() const { return members_.iterator(); }
+  /// A walk from the member of that key on; from the first beyond its place when it is absent.
+  Iterator from(Key const& key) const { return members_.iterator(key); }
   std::default_sentinel_t end() const noexcept { return {}; }
 
  private:

@@ -84,6 +84,13 @@ class HashMap {
   /// A walk from the first member on. It goes on correctly whatever is inserted or removed
   /// meanwhile: a member that was there all along is visited once. The collection must outlive it.
   Iterator iterator() const { return Iterator{*this}; }
+  /// A walk from the member of that key on; from the first beyond its place when it is absent.
+  Iterator iterator(Key const& key) const {
+    Entry* from = find(key);
+    if (from == nullptr)
+      from = static_cast<Entry*>(table_.findNextG(bitReverse(key.hash()), &key, keyTable()));
+    return Iterator{*this, from};
+  }
   Iterator begin() const { return iterator(); }
   std::default_sentinel_t end() const noexcept { return {}; }
 
@@ -108,9 +115,7 @@ template <typename Entry, typename Key, typename Value>
 class HashMap<Entry, Key, Value>::Iterator {
  public:
   explicit Iterator(HashMap const& map)
-      : map_{&map},
-        member_{static_cast<Entry*>(map.table_.findNextBucket(0))},
-        version_{map.table_.version()} {}
+      : Iterator{map, static_cast<Entry*>(map.table_.findNextBucket(0))} {}
 
   explicit operator bool() const noexcept { return bool{member_}; }
   friend bool operator==(Iterator const& a, std::default_sentinel_t) noexcept { return !a.member_; }
@@ -137,6 +142,9 @@ class HashMap<Entry, Key, Value>::Iterator {
 
  private:
   friend class HashMap;
+  Iterator(HashMap const& map, Entry* from)
+      : map_{&map}, member_{from}, version_{map.table_.version()} {}
+
   HashMap const* map_;
   Ptr<Entry> member_;
   std::uint32_t version_;

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "runtime/tarn/IntfId.h"
+#include "runtime/vek/Value.h"
+
+namespace Tarn {
+inline Vek::String const& nameOf(IntfId const& id) {
+  return id.name();
+}
+}  // namespace Tarn
+
+/// Interface identifiers, to tools, are their names.
+template <>
+struct Vek::ValueTraits<Tarn::IntfId> : Vek::TextValueTraits<Tarn::IntfId, Tarn::nameOf> {
+  static constexpr ValueType type{"Tarn::IntfId", &typeid(Tarn::IntfId), false, detail::stringText,
+                                  detail::stringOfText<Tarn::IntfId>};
+};
