@@ -24,6 +24,8 @@ namespace LinkFlap {
 class LinkFlapIntfSm final : public Vek::PtrInterface, public Vek::HashLink {
  public:
   using Ptr = Vek::Ptr<LinkFlapIntfSm>;
+  class _Type;
+  class GenericIf_;
   class VekConfig;
   class VekIntfConfig;
   using ProfileSms = Vek::HashMap<LinkFlapProfileSm, Vek::String>;
@@ -40,6 +42,11 @@ class LinkFlapIntfSm final : public Vek::PtrInterface, public Vek::HashLink {
                               Vek::Ptr<IntfConfig const> const& intfConfig,
                               Vek::Ptr<Interface::EthPhyIntfConfig const> const& ethPhyIntfConfig,
                               Vek::Ptr<Errdisable::CauseStatus> const& causeStatus);
+
+  static constexpr std::string_view vekTypeName{"LinkFlap::LinkFlapIntfSm"};
+  /// The type's record; always the same.
+  static Vek::VekType const* _fwkType();
+  Vek::VekType const* fwkType() const override;
 
   void hasNotificationActiveIs(bool on) override;
   virtual void vekDoZombieReactors(bool on);

@@ -28,6 +28,8 @@ class LinkFlapIntfSm;
 class LinkFlapProfileSm final : public Vek::PtrInterface, public Vek::HashLink {
  public:
   using Ptr = Vek::Ptr<LinkFlapProfileSm>;
+  class _Type;
+  class GenericIf_;
   class VekProfileConfig;
   class VekEthPhyIntfStatus;
   class VekLinkFlapTimeStamp;
@@ -49,6 +51,11 @@ class LinkFlapProfileSm final : public Vek::PtrInterface, public Vek::HashLink {
       Vek::Ptr<Interface::EthPhyIntfConfig const> const& ethPhyIntfConfig,
       Vek::Ptr<Interface::EthPhyIntfStatus const> const& ethPhyIntfStatus,
       Vek::Ptr<Errdisable::CauseStatus> const& causeStatus, LinkFlapIntfSm* intfSm);
+
+  static constexpr std::string_view vekTypeName{"LinkFlap::LinkFlapProfileSm"};
+  /// The type's record; always the same.
+  static Vek::VekType const* _fwkType();
+  Vek::VekType const* fwkType() const override;
 
   void hasNotificationActiveIs(bool on) override;
   virtual void vekDoZombieReactors(bool on);

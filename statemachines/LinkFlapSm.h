@@ -29,6 +29,8 @@ namespace LinkFlap {
 class LinkFlapSm final : public Vek::PtrInterface {
  public:
   using Ptr = Vek::Ptr<LinkFlapSm>;
+  class _Type;
+  class GenericIf_;
   class VekEthPhyIntfConfigDir;
   class VekEthPhyIntfStatusDir;
   class VekErrdisableConfig;
@@ -53,6 +55,11 @@ class LinkFlapSm final : public Vek::PtrInterface {
       Vek::Ptr<Errdisable::Config const> const& errdisableConfig,
       Vek::Ptr<Config const> const& config, Vek::Ptr<Errdisable::CauseStatus> const& causeStatus,
       Vek::String causeName);
+
+  static constexpr std::string_view vekTypeName{"LinkFlap::LinkFlapSm"};
+  /// The type's record; always the same.
+  static Vek::VekType const* _fwkType();
+  Vek::VekType const* fwkType() const override;
 
   void hasNotificationActiveIs(bool on) override;
   /// Sets the activity on which deferred notifications of the reactors run.

@@ -22,12 +22,19 @@ class LinkFlapSm;
 class Root final : public Vek::Entity {
  public:
   using Ptr = Vek::Ptr<Root>;
+  class _Type;
+  class GenericIf_;
   class NotifieeConst;
   class Notifiee;
 
   static constexpr Vek::AttributeId kLinkFlapSm{258};
 
   explicit Root(Vek::Name name);
+
+  static constexpr std::string_view vekTypeName{"LinkFlap::Root"};
+  /// The type's record; always the same.
+  static Vek::VekType const* _fwkType();
+  Vek::VekType const* fwkType() const override;
 
   void zeroReferencesIs(bool zero) override;
   Vek::String attributeString(Vek::AttributeId id) const override;
