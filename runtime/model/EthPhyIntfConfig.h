@@ -42,7 +42,10 @@ class EthPhyIntfConfig final : public Vek::State<EthPhyIntfConfig> {
   explicit EthPhyIntfConfig(Tarn::IntfId const& id) : State{Vek::Name{id.name()}} {}
 
   /// The interface's identifier, which is also the entity's name.
-  Tarn::IntfId intfId() const { return Tarn::IntfId{name().string()}; }
+  Tarn::IntfId intfId() const {
+    countRead();
+    return Tarn::IntfId{name().string()};
+  }
 
   // clang-format off
   static constexpr Vek::Derived intfIdAttr        {258, "intfId",         &EthPhyIntfConfig::intfId};

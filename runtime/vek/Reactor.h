@@ -137,12 +137,15 @@ class ActivityReactor : public Reactor<Self, Owner, Watched>, private DeferredDe
       if constexpr (std::is_same_v<decltype(pending.key), Key>) {
         if (candidate.id != attribute.id) return;
         // The same key again, while it waits alone, is still one key.
-        if (pending.count == 1 && pending.key == key) {
+        if (pending.count == 1 && pending.key == key && deferral_.defers(attribute.id)) {
           deferred = true;
           return;
         }
-        pending.key = key;
+        Key waiting = std::exchange(pending.key, key);
         deferred = vekOnAttribute(attribute.id, pending.count);
+        // Run at once although another key waits (the activity no longer defers): that one still
+        // waits.
+        if (!deferred && pending.count != 0) pending.key = std::move(waiting);
       }
     });
     if (!deferred) Reactor<Self, Owner, Watched>::react(key, handler);

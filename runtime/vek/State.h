@@ -108,6 +108,9 @@ class State : public Notifier {
  protected:
   ~State() override = default;
 
+  /// For accessors that compute what they return.
+  void countRead() const noexcept { ++reads_; }
+
  private:
   Type& self() { return static_cast<Type&>(*this); }
   Type const& self() const { return static_cast<Type const&>(*this); }
