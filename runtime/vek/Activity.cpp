@@ -10,7 +10,7 @@ ActivityConfig::~ActivityConfig() {
 
 ActivitySm::~ActivitySm() {
   while (Deferral* const waiting = queue_.front())
-    waiting->leaveQueue();
+    waiting->activityGone(*this);
 }
 
 std::size_t ActivitySm::deliver() {
@@ -73,10 +73,20 @@ AttributeId Deferral::takePending() noexcept {
   if (waiting_.empty()) return 0;
   AttributeId const id = waiting_.front();
   waiting_.erase(waiting_.begin());
+  if (waiting_.empty()) leaveQueue();
   return id;
 }
 
-void Deferral::redispatch(Ptr<ActivitySm> const& actsm) {
+void Deferral::activityGone(ActivitySm const& gone) noexcept {
+  leaveQueue();
+  if (actsm_ && actsm_.get() != &gone) {
+    redispatch(actsm_);
+  } else {
+    delivery_.forgetPending();
+  }
+}
+
+void Deferral::redispatch(Ptr<ActivitySm> const& actsm) noexcept {
   if (waiting_.empty() || queuedAt_ != nullptr || !actsm) return;
   actsm->queue_.append(*this);
   queuedAt_ = actsm.get();

@@ -19,6 +19,8 @@ class DeferredDelivery {
  public:
   /// Delivers one waiting attribute.
   virtual void handleNotification(ActivityConfig* activity) = 0;
+  /// Forgets what waits.
+  virtual void forgetPending() = 0;
 
  protected:
   ~DeferredDelivery() = default;
@@ -89,7 +91,8 @@ class Deferral : public ListRaw<Deferral>::Link {
   ~Deferral() { cancel(); }
 
   Ptr<ActivityConfig> const& vekFwkActivity() const noexcept { return activity_; }
-  /// Stores the activity and its running state. What waits with the former one stays there.
+  /// Stores the activity and its running state. What waits with the former one stays there while
+  /// that lives, and moves here when it goes.
   void vekFwkActivityIs(Ptr<ActivityConfig> const& activity);
   Ptr<ActivitySm> const& actsm() const noexcept { return actsm_; }
   void actsmIs(Ptr<ActivitySm> actsm) noexcept { actsm_ = std::move(actsm); }
@@ -104,7 +107,7 @@ class Deferral : public ListRaw<Deferral>::Link {
   /// Takes the attribute that has waited longest; 0 when none waits.
   AttributeId takePending() noexcept;
   /// Puts the reactor back into the queue of `actsm` if more attributes wait.
-  void redispatch(Ptr<ActivitySm> const& actsm);
+  void redispatch(Ptr<ActivitySm> const& actsm) noexcept;
   /// Leaves the queue and forgets what waits.
   void cancel() noexcept;
 
@@ -126,6 +129,7 @@ class Deferral : public ListRaw<Deferral>::Link {
   friend class ActivitySm;
 
   void leaveQueue() noexcept;
+  void activityGone(ActivitySm const& gone) noexcept;
 
   PtrInterface::NotifieeConst& reactor_;
   DeferredDelivery& delivery_;

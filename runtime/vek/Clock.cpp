@@ -31,12 +31,14 @@ double monotonicSeconds() {
 double now() {
   Clock& c = clock();
   double const time = c.source ? c.source() : monotonicSeconds();
-  // Written so that a reading that is not a number is held as well.
+  // Written so that a reading that is not a number is held as well; a run that begins with one
+  // begins at 0.
   if (time >= c.last) {
     c.last = time;
-    return time;
+  } else if (c.last == kNever) {
+    c.last = 0;
   }
-  return c.last == kNever ? 0 : c.last;
+  return c.last;
 }
 
 ClockSource clockSourceIs(ClockSource source) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 #include <cstdint>
 
@@ -50,7 +51,7 @@ struct HashKeyTable {
 class HashMapGeneric {
  public:
   explicit HashMapGeneric(unsigned sizeHint) noexcept
-      : hint_{static_cast<std::uint8_t>(sizeHint < kMaxHint ? sizeHint : kMaxHint)} {}
+      : hint_{static_cast<std::uint8_t>(std::clamp(sizeHint, 1U, kMaxHint))} {}
   HashMapGeneric(HashMapGeneric const&) = delete;
   HashMapGeneric& operator=(HashMapGeneric const&) = delete;
   ~HashMapGeneric();

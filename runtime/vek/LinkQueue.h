@@ -251,16 +251,20 @@ class LinkQueue<Entry, Index, Value>::Iterator {
  private:
   friend class LinkQueue;
 
+  static constexpr Index kHalfRound{1U << 31U};
+
   // Indexes are compared by their distance from where the head was when the walk came to stand
   // here: entries leave at the head and come at the tail, so that distance grows from head to tail
   // also across the wrap.
   Node* following() const noexcept {
     if (queue_->tail_ == nullptr) return nullptr;
-    Index const last = queue_->tail_->index_ - origin_;
     Index const here = static_cast<Node const*>(entry_.get())->index_ - origin_;
+    Index const span = queue_->metadata_.nextIndex - origin_;
     for (Node* entry = queue_->head_; entry != nullptr; entry = entry->next_) {
       Index const distance = entry->index_ - origin_;
-      if (distance > here && distance <= last) return entry;
+      // An entry that has been put before the origin seems to be almost a whole round away.
+      bool const beyondOrigin = distance < span || distance < kHalfRound;
+      if (beyondOrigin && distance > here) return entry;
     }
     return nullptr;
   }

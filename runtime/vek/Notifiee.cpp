@@ -90,20 +90,15 @@ bool Notifier::hasNotifiees() const noexcept {
   return false;
 }
 
-void Notifier::watcherThrew(SnapshotIterator<NotifieeConst>& walk, Notifier const* notifier,
-                            AttributeId id, std::type_info const& watcher) noexcept {
+void Notifier::watcherThrew(SnapshotIterator<NotifieeConst>& walk, AttributeId id,
+                            std::string_view name, std::type_info const& watcher) noexcept {
   if (NotifieeConst* const current = walk.current()) {
     Ptr<NotifieeConst> const hold{current};
     current->handleNotificationException(id);
     return;
   }
   // The watcher has left, perhaps for good, so the runtime reports in its place.
-  try {
-    String const attribute = walk.listGone() ? String{} : notifier->attributeString(id);
-    reportCallbackException(id, attribute.view(), watcher);
-  } catch (...) {
-    reportCallbackException(id, {}, watcher);
-  }
+  reportCallbackException(id, name, watcher);
 }
 
 void throwWatchedTypeException(std::type_info const& watched) {

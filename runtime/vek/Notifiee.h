@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <string_view>
 #include <type_traits>
 #include <typeinfo>
 
@@ -86,11 +87,12 @@ class Notifier : public Entity {
  protected:
   ~Notifier() override;
 
-  /// Calls `raise(watcher, walk)` on each watcher that watches `id`. An exception of a watcher is handed to it
+  /// Calls `raise(watcher, walk)` on each watcher that watches attribute `id`, whose name serves
+  /// reports. An exception of a watcher is handed to it
   /// (`onNotificationException`) and stops no other.
   /// Trap: this object may be gone when it returns.
   template <typename Watcher, typename Raise>
-  void tell(AttributeId id, Raise raise);
+  void tell(AttributeId id, std::string_view name, Raise raise);
 
  private:
   using NotifieeConst = PtrInterface::NotifieeConst;
@@ -102,15 +104,15 @@ class Notifier : public Entity {
   };
 
   Group& groupOf(AttributeMask watching) const;
-  [[gnu::cold]] static void watcherThrew(SnapshotIterator<NotifieeConst>& walk,
-                                         Notifier const* notifier, AttributeId id,
+  [[gnu::cold]] static void watcherThrew(SnapshotIterator<NotifieeConst>& walk, AttributeId id,
+                                         std::string_view name,
                                          std::type_info const& watcher) noexcept;
 
   mutable Group first_;
 };
 
 template <typename Watcher, typename Raise>
-void Notifier::tell(AttributeId id, Raise raise) {
+void Notifier::tell(AttributeId id, std::string_view name, Raise raise) {
   std::uint64_t const limit = ListRaw<NotifieeConst>::numberNow();
   for (Group* group = &first_; group != nullptr; group = group->next) {
     if ((group->watching & attributeBit(id)) == 0 || group->watchers.empty()) continue;
@@ -121,7 +123,7 @@ void Notifier::tell(AttributeId id, Raise raise) {
       try {
         raise(static_cast<Watcher&>(*watcher), walk);
       } catch (...) {
-        watcherThrew(walk, this, id, type);
+        watcherThrew(walk, id, name, type);
       }
     }
     if (walk.listGone()) return;

@@ -200,7 +200,7 @@ class ActivityReactor : public Reactor<Self, Owner, Watched>, private DeferredDe
     });
   }
 
-  void forgetPending() {
+  void forgetPending() override {
     deferral_.cancel();
     forEachKeyed([](auto const& /*attribute*/, auto& pending) { pending.count = 0; });
   }

@@ -61,9 +61,9 @@ class State : public Notifier {
     if (sameValue(held, value)) return;
     held = std::move(value);
     this->countChange();
-    this->template tell<Watcher>(attribute.id, [&](Watcher& watcher, auto const& /*walk*/) {
-      (watcher.*attribute.changed)();
-    });
+    this->template tell<Watcher>(
+        attribute.id, attribute.name,
+        [&](Watcher& watcher, auto const& /*walk*/) { (watcher.*attribute.changed)(); });
   }
 
   /// All members of a keyed attribute.
@@ -117,11 +117,13 @@ class State : public Notifier {
 
   template <typename Key, typename Value, typename Watcher>
   void tellMember(Keyed<Type, Key, Value, Watcher> const& attribute, Key const& key) {
-    this->template tell<Watcher>(attribute.id, [&](Watcher& watcher, auto const& walk) {
-      (watcher.*attribute.immediate)();
-      // The immediate hook may have taken the watcher away.
-      if (walk.current() == &watcher) (watcher.*attribute.memberChanged)(key);
-    });
+    this->template tell<Watcher>(attribute.id, attribute.name,
+                                 [&](Watcher& watcher, auto const& walk) {
+                                   (watcher.*attribute.immediate)();
+                                   // The immediate hook may have taken the watcher away.
+                                   if (walk.current() == &watcher)
+                                     (watcher.*attribute.memberChanged)(key);
+                                 });
   }
 
   mutable std::uint32_t reads_{0};
