@@ -50,6 +50,8 @@ LinkFlapIntfSm::Ptr LinkFlapSm::admitted(Tarn::IntfId const& intfId) {
          ethPhyIntfConfigDir()->intfConfig(intfId) == phyConfig &&
          admissible(intfId, lfIntfConfig)))
       return child;
+    // Made from what has been replaced meanwhile.
+    deleteLinkFlapIntfSm(this, child->fwkKey());
   }
 }
 

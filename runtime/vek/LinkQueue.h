@@ -262,8 +262,10 @@ class LinkQueue<Entry, Index, Value>::Iterator {
     Index const span = queue_->metadata_.nextIndex - origin_;
     for (Node* entry = queue_->head_; entry != nullptr; entry = entry->next_) {
       Index const distance = entry->index_ - origin_;
-      // An entry that has been put before the origin seems to be almost a whole round away.
-      bool const beyondOrigin = distance < span || distance < kHalfRound;
+      // An entry that was put before the origin seems to be almost a whole round away; so is one
+      // that really is, which then needs neither a wrap nor an index that was not yet assigned.
+      bool const beyondOrigin =
+          distance < kHalfRound || (entry->index_ >= origin_ && distance < span);
       if (beyondOrigin && distance > here) return entry;
     }
     return nullptr;

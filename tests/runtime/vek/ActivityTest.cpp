@@ -273,4 +273,19 @@ TEST_F(DeferringActivity, NotificationHandledByHandWaitsNoLonger) {
   EXPECT_EQ(calls.size(), 1U) << "with nothing waiting it does nothing";
 }
 
+TEST_F(DeferringActivity, NotificationHandledByHandLeavesTheOthersWaiting) {
+  auto const another = make<KeysReactor>(activity, config, machine.get());
+  changeProfile("strict");
+  reactor->handleNotification(activity.get());
+  EXPECT_EQ(deliver(), 1U);
+  EXPECT_EQ(calls, (Calls{"profile strict", "profile strict"}));
+
+  changeProfile("loose");
+  changeDefault("loose");
+  calls.clear();
+  reactor->handleNotification(activity.get());
+  EXPECT_EQ(calls, (Calls{"profile loose"})) << "the attribute that has waited longest";
+  EXPECT_EQ(deliver(), 3U);
+}
+
 }  // namespace

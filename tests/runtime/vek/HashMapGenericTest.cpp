@@ -131,10 +131,10 @@ TEST(HashMapGeneric, BucketIsTakenFromTheTopBitsOfTheReversedHash) {
   ASSERT_EQ(map.bucketBits(), 3U);
 
   EXPECT_EQ(map.findNextBucket(0), &zero);
-  for (std::size_t bucket : {1, 2, 3})
+  for (std::size_t const bucket : {1U, 2U, 3U})
     EXPECT_EQ(map.findNextBucket(bucket), &three);
   EXPECT_EQ(map.findNextBucket(4), &four);
-  for (std::size_t bucket : {5, 6})
+  for (std::size_t const bucket : {5U, 6U})
     EXPECT_EQ(map.findNextBucket(bucket), &six);
   EXPECT_EQ(map.findNextBucket(7), &seven);
   EXPECT_EQ(map.findNextBucket(8), nullptr);

@@ -213,6 +213,15 @@ TEST_F(LinkQueueIteratorFromTen, DoesNotTurnBackWhenOnlyAnEntryBeforeItIsLeft) {
   EXPECT_EQ(restBeyond(walk), Indexes{});
 }
 
+TEST_F(LinkQueueIteratorFromTen, DoesNotTurnBackToALowerIndexInTheEmptiedQueue) {
+  for (std::uint32_t const lower : {9U, 3U}) {
+    TimeQueue::Iterator walk = at(queue.head()->vek_index());
+    queue.clear();
+    queue.newMember(lower, 5);
+    EXPECT_EQ(restBeyond(walk), Indexes{}) << lower;
+  }
+}
+
 // The same across the wrap: the indexes are kLast - 1, kLast, 0, 1, 2.
 class LinkQueueIteratorAcrossTheWrap : public LinkQueueIterator {
  protected:
