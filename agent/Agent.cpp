@@ -2,11 +2,16 @@
 
 #include <array>
 #include <cerrno>
+#include <csignal>
 #include <ostream>
 #include <poll.h>
 #include <system_error>
 
+#include "runtime/vek/ObjectPath.h"
+
 #include "statemachines/LinkFlapSm.h"
+
+#include "agent/TreeDump.h"
 
 namespace LinkFlapd {
 
@@ -26,6 +31,7 @@ void write(std::ostream& out, Vek::TraceRecord const& record) {
 
 Agent::Agent(Options const& options, std::ostream& events, std::ostream& trace)
     : options_{options},
+      events_{events},
       journal_{events},
       config_{Vek::make<LinkFlap::Config>()},
       errdisableConfig_{Vek::make<Errdisable::Config>()},
@@ -49,9 +55,25 @@ Agent::Agent(Options const& options, std::ostream& events, std::ostream& trace)
   root_ = LinkFlap::rootFactory(Vek::Name{"linkflapd"});
   root_->linkFlapSmIs(activity_, publisher_.configDir(), publisher_.statusDir(), errdisableConfig_,
                       config_, causeStatus_, "link-flap");
+  auto& roots = Vek::PathRoots::global();
+  for (auto const& [name, object] : tree())
+    roots.rootIs(name, object);
+}
+
+std::map<std::string, Vek::Ptr<Vek::PtrInterface const>> Agent::tree() const {
+  return {{"linkflapd", root_},
+          {"activity", activity_},
+          {"causeStatus", causeStatus_},
+          {"config", config_},
+          {"errdisableConfig", errdisableConfig_},
+          {"ethPhyIntfConfigDir", publisher_.configDir()},
+          {"ethPhyIntfStatusDir", publisher_.statusDir()}};
 }
 
 Agent::~Agent() {
+  auto& roots = Vek::PathRoots::global();
+  for (auto const& [name, object] : tree())
+    roots.rootDel(name);
   root_->linkFlapSmDel();
 }
 
@@ -70,8 +92,11 @@ void Agent::run() {
     if (ready < 0 && errno != EINTR)
       throw std::system_error(errno, std::generic_category(), "cannot wait for messages");
     if (auto const signal = signals_.arrived()) {
-      end(*signal);
-      return;
+      if (*signal != SIGUSR1) {
+        end(Signals::nameOf(*signal));
+        return;
+      }
+      dumpTree(events_, options_.dumpFormat);
     }
     readKernel();
   }

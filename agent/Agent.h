@@ -1,7 +1,9 @@
 #pragma once
 
 #include <iosfwd>
+#include <map>
 #include <optional>
+#include <string>
 
 #include "runtime/model/ErrdisableCauseStatus.h"
 #include "runtime/model/ErrdisableConfig.h"
@@ -20,7 +22,7 @@
 #include "agent/PortPublisher.h"
 #include "agent/PortReporter.h"
 #include "agent/PortSwitch.h"
-#include "agent/SignalEnd.h"
+#include "agent/Signals.h"
 
 namespace LinkFlapd {
 
@@ -44,8 +46,12 @@ class Agent {
   void inSync();
   void end(std::string const& signal);
 
+  /// The objects at which the tree of `dumpTree` begins, by name.
+  std::map<std::string, Vek::Ptr<Vek::PtrInterface const>> tree() const;
+
   Options options_;
-  SignalEnd signals_;
+  Signals signals_;
+  std::ostream& events_;
   Journal journal_;
 
   Vek::Ptr<LinkFlap::Config> config_;

@@ -48,6 +48,12 @@ int traceLevel(std::string_view option, std::string_view text) {
                    "' is not a trace level; the levels are 2 (decisions) and 8 (everything)");
 }
 
+Options::DumpFormat dumpFormat(std::string_view option, std::string_view text) {
+  if (text == "text") return Options::DumpFormat::text;
+  if (text == "json") return Options::DumpFormat::json;
+  throw UsageError(std::string{option} + ": '" + std::string{text} + "' is not text or json");
+}
+
 std::string pattern(std::string_view text) {
   if (text.empty()) throw UsageError("'' is not an interface name or pattern");
   bool const isName = text.find_first_of("*?[\\") == std::string_view::npos;
@@ -86,6 +92,8 @@ class Reader {
       options_.interval = seconds(name, value(name));
     else if (name == "--trace")
       options_.traceLevel = traceLevel(name, value(name));
+    else if (name == "--dump-as")
+      options_.dumpFormat = dumpFormat(name, value(name));
     else if (name == "--receive-buffer")
       options_.receiveBuffer =
           static_cast<int>(wholeNumber(name, value(name), 1, kMaxReceiveBuffer));
@@ -141,10 +149,12 @@ interface is watched.
   --monitor-only          report an err-disabled port, leave it up (default)
   --enforce               shut an err-disabled port; needs CAP_NET_ADMIN
   --trace LEVEL           library trace on standard error: 2 (decisions) or 8 (everything)
+  --dump-as text|json     form of the tree of all objects that SIGUSR1 has written (default text)
   --receive-buffer BYTES  size of the netlink receive buffer
   --help, --version       say so and end
 
-SIGINT and SIGTERM end it; ports stay as they are.
+SIGUSR1 writes the tree of all objects to standard output. SIGINT and SIGTERM end it; ports stay
+as they are.
 )";
 }
 

@@ -79,6 +79,7 @@ TEST(Options, NamesTheArgumentAtFault) {
             "--max-flaps: '3x' is not a whole number from 0 to 4294967295");
   EXPECT_EQ(complaintAbout({"--max-flaps="}),
             "--max-flaps: '' is not a whole number from 0 to 4294967295");
+  EXPECT_EQ(complaintAbout({"--dump-as", "xml"}), "--dump-as: 'xml' is not text or json");
   EXPECT_EQ(complaintAbout({"--trace", "7"}),
             "--trace: '7' is not a trace level; the levels are 2 (decisions) and 8 (everything)");
   EXPECT_EQ(complaintAbout({"--receive-buffer", "0"}),

@@ -5,6 +5,7 @@
 #include <csignal>
 #include <gtest/gtest.h>
 #include <iostream>
+#include <nlohmann/json.hpp>
 #include <regex.h>
 #include <sstream>
 #include <string>
@@ -17,6 +18,8 @@
 #include "tests/agent/support/Tap.h"
 
 namespace {
+
+using namespace nlohmann::literals;
 
 using namespace std::chrono_literals;
 using PrivateNetwork::ip;
@@ -263,6 +266,55 @@ TEST_F(RealLink, EndsOnSignalsAndLeavesPortsAsTheyAre) {
     ip("link del et1");
     ip("link del et2");
   }
+}
+
+TEST_F(RealLink, WritesTheTreeOfAllObjectsOnSigusr1AndGoesOn) {
+  PrivateNetwork::wire("et1", "far1");
+  Daemon daemon{command(kCountOnly + std::vector<std::string>{"et1"})};
+  ASSERT_NE(daemon.waitFor("ready: 1 port watched"), "") << daemon.output();
+  storm("far1", 2);
+  ASSERT_TRUE(daemon.waitForLines(kCounted, 1)) << daemon.output();
+  daemon.signal(SIGUSR1);
+  EXPECT_EQ(daemon.waitFor("(Errdisable::CauseStatus)"), "causeStatus  (Errdisable::CauseStatus)");
+  EXPECT_EQ(daemon.waitFor("rawLinkStatus"), "      rawLinkStatus: 1");
+  EXPECT_EQ(daemon.waitFor("(LinkFlap::LinkFlapProfileSm)"),
+            "          default  (LinkFlap::LinkFlapProfileSm)")
+      << daemon.output();
+  EXPECT_EQ(daemon.waitFor("intfSm: "),
+            "            intfSm: linkflapd/linkFlapSm/linkFlapIntfSm[et1]");
+  storm("far1", 1);
+  EXPECT_TRUE(daemon.waitForLines(kCounted, 2)) << daemon.output();
+  daemon.signal(SIGTERM);
+  EXPECT_EQ(daemon.wait(), 0);
+}
+
+TEST_F(RealLink, WritesThatTreeAsJson) {
+  PrivateNetwork::wire("et1", "far1");
+  Daemon daemon{command({"--dump-as", "json", "--interval", "600", "et1"})};
+  ASSERT_NE(daemon.waitFor("ready: 1 port watched"), "") << daemon.output();
+  storm("far1", 1);
+  ASSERT_NE(daemon.waitFor("et1: 1 flap"), "") << daemon.output();
+  daemon.signal(SIGUSR1);
+  daemon.signal(SIGTERM);
+  EXPECT_EQ(daemon.wait(), 0);
+  std::string text;
+  bool inside = false;
+  for (std::string const& line : daemon.lines()) {
+    inside = inside || line == "{";
+    if (inside) text += line + "\n";
+    if (line == "}") break;
+  }
+  auto const tree = nlohmann::json::parse(text, nullptr, false);
+  ASSERT_FALSE(tree.is_discarded()) << daemon.output();
+  auto const& machine =
+      tree.at("/linkflapd/linkFlapSm/linkFlapIntfSm/et1/linkFlapProfileSm/default"_json_pointer);
+  EXPECT_EQ(machine.at("type"), "LinkFlap::LinkFlapProfileSm");
+  EXPECT_EQ(machine.at("path"),
+            "linkflapd/linkFlapSm/linkFlapIntfSm[et1]/linkFlapProfileSm[default]");
+  EXPECT_EQ(machine.at("curFlaps"), 1);
+  EXPECT_EQ(machine.at("linkFlapTimeStamp").size(), 1U);
+  EXPECT_EQ(machine.at("profileConfig"), nullptr);
+  EXPECT_EQ(tree.at("/config/interval"_json_pointer), 600.0);
 }
 
 TEST_F(RealLink, SaysThatNoPortIsShutWhenNoneIs) {

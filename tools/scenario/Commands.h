@@ -21,4 +21,7 @@ void addProfileMachineCommands(CommandTable& table);
 void addQueueCommands(CommandTable& table);
 void addReinstantiationCommands(CommandTable& table);
 
+// On anything that has a path, through the generic interface alone.
+void addTreeCommands(CommandTable& table);
+
 }  // namespace Scenario

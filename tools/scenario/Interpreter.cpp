@@ -57,6 +57,7 @@ Interpreter::Interpreter(std::ostream& out, std::ostream& diagnostics)
   addProfileMachineCommands(table_);
   addQueueCommands(table_);
   addReinstantiationCommands(table_);
+  addTreeCommands(table_);
   // The one command that needs the interpreter.
   table_.add("onerr", "COMMAND", [this](World& world, SourceText const& command) {
     world.onErrdisableIs([this, command] { execute(">> ", command); });

@@ -2,16 +2,25 @@
 
 #include <utility>
 
+#include "runtime/vek/ObjectPath.h"
+
 #include "tools/scenario/StateObjects.h"
 
 namespace Scenario {
 
+namespace {
+
+constexpr char const* kRootName{"linkFlap"};
+
+}  // namespace
+
 World::World(Output& out)
     : out_{out},
-      root_{LinkFlap::rootFactory(Vek::Name{"linkFlap"})},
+      root_{LinkFlap::rootFactory(Vek::Name{kRootName})},
       causeStatusWatcher_{Vek::make<CauseStatusWatcher>(
           out, [this](Tarn::IntfId const& intf) { return history(intf); },
           [this] { errdisabled(); })} {
+  pathRootIs(kRootName, root_);
   renewActivity();
   renewPhyConfigDir();
   renewStatusDir();
@@ -24,31 +33,44 @@ World::~World() {
   // Order: the watchers first. What happens from here on belongs to no command and is not shown.
   rootWatchers_.clear();
   causeStatusWatcher_ = nullptr;
+  for (std::string const& name : pathRoots_)
+    Vek::PathRoots::global().rootDel(name);
+}
+
+void World::pathRootIs(std::string const& name, Vek::Ptr<Vek::PtrInterface const> const& object) {
+  Vek::PathRoots::global().rootIs(name, object);
+  pathRoots_.insert(name);
 }
 
 void World::renewActivity() {
   activity_ = Vek::make<Vek::ActivityConfig>();
+  pathRootIs("activity", activity_);
 }
 
 void World::renewPhyConfigDir() {
   phyConfigDir_ = Vek::make<Interface::AllEthPhyIntfConfigDir>();
+  pathRootIs("ethPhyIntfConfigDir", phyConfigDir_);
 }
 
 void World::renewStatusDir() {
   statusDir_ = Vek::make<Interface::AllEthPhyIntfStatusDir>();
+  pathRootIs("ethPhyIntfStatusDir", statusDir_);
 }
 
 void World::renewErrdisableConfig() {
   errdisableConfig_ = Vek::make<Errdisable::Config>();
+  pathRootIs("errdisableConfig", errdisableConfig_);
 }
 
 void World::renewConfig() {
   config_ = configOf({});
+  pathRootIs("config", config_);
 }
 
 void World::renewCauseStatus() {
   causeStatus_ = Vek::make<Errdisable::CauseStatus>();
   causeStatusWatcher_->watch(causeStatus_);
+  pathRootIs("causeStatus", causeStatus_);
 }
 
 // A counted pointer would keep a machine alive that the Root has let go, and with it reactors that

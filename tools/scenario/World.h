@@ -3,6 +3,8 @@
 #include <cstdint>
 #include <functional>
 #include <map>
+#include <set>
+#include <string>
 #include <utility>
 
 #include "runtime/model/AllEthPhyIntfConfigDir.h"
@@ -73,6 +75,8 @@ class World {
   void onErrdisableIs(std::function<void()> action) { onErrdisable_ = std::move(action); }
 
  private:
+  /// Makes an object the beginning of paths, under that name.
+  void pathRootIs(std::string const& name, Vek::Ptr<Vek::PtrInterface const> const& object);
   std::uint64_t history(Tarn::IntfId const& intf) const;
   void errdisabled();
 
@@ -89,6 +93,7 @@ class World {
   Vek::Ptr<CauseStatusWatcher> causeStatusWatcher_;
   std::map<Vek::String, Vek::Ptr<RootWatcher>> rootWatchers_;
   std::function<void()> onErrdisable_;
+  std::set<std::string> pathRoots_;
 };
 
 }  // namespace Scenario

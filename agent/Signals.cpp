@@ -1,4 +1,4 @@
-#include "agent/SignalEnd.h"
+#include "agent/Signals.h"
 
 #include <cerrno>
 #include <csignal>
@@ -10,32 +10,44 @@ namespace LinkFlapd {
 
 namespace {
 
-sigset_t endingSignals() {
+sigset_t signalsOfUse() {
   sigset_t signals;
   ::sigemptyset(&signals);
   ::sigaddset(&signals, SIGINT);
   ::sigaddset(&signals, SIGTERM);
+  ::sigaddset(&signals, SIGUSR1);
   return signals;
 }
 
 }  // namespace
 
-SignalEnd::SignalEnd() {
-  sigset_t const signals = endingSignals();
+Signals::Signals() {
+  sigset_t const signals = signalsOfUse();
   ::signal(SIGPIPE, SIG_IGN);
   if (::sigprocmask(SIG_BLOCK, &signals, nullptr) < 0 ||
       (descriptor_ = ::signalfd(-1, &signals, SFD_NONBLOCK | SFD_CLOEXEC)) < 0)
     throw std::system_error(errno, std::generic_category(), "cannot receive signals");
 }
 
-SignalEnd::~SignalEnd() {
+Signals::~Signals() {
   ::close(descriptor_);
 }
 
-std::optional<std::string> SignalEnd::arrived() const {
+std::optional<int> Signals::arrived() const {
   signalfd_siginfo signal{};
   if (::read(descriptor_, &signal, sizeof signal) != sizeof signal) return std::nullopt;
-  return signal.ssi_signo == SIGINT ? "SIGINT" : "SIGTERM";
+  return static_cast<int>(signal.ssi_signo);
+}
+
+std::string Signals::nameOf(int signal) {
+  switch (signal) {
+    case SIGINT:
+      return "SIGINT";
+    case SIGTERM:
+      return "SIGTERM";
+    default:
+      return "SIGUSR1";
+  }
 }
 
 }  // namespace LinkFlapd
