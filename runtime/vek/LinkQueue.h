@@ -251,22 +251,18 @@ class LinkQueue<Entry, Index, Value>::Iterator {
  private:
   friend class LinkQueue;
 
-  static constexpr Index kHalfRound{1U << 31U};
-
   // Indexes are compared by their distance from where the head was when the walk came to stand
   // here: entries leave at the head and come at the tail, so that distance grows from head to tail
   // also across the wrap.
   Node* following() const noexcept {
     if (queue_->tail_ == nullptr) return nullptr;
     Index const here = static_cast<Node const*>(entry_.get())->index_ - origin_;
-    Index const span = queue_->metadata_.nextIndex - origin_;
     for (Node* entry = queue_->head_; entry != nullptr; entry = entry->next_) {
       Index const distance = entry->index_ - origin_;
-      // An entry that was put before the origin seems to be almost a whole round away; so is one
-      // that really is, which then needs neither a wrap nor an index that was not yet assigned.
-      bool const beyondOrigin =
-          distance < kHalfRound || (entry->index_ >= origin_ && distance < span);
-      if (beyondOrigin && distance > here) return entry;
+      // One that has come meanwhile stands behind the tail or before the head of then, whichever is
+      // nearer, as it was put there.
+      bool const ahead = distance <= span_ || distance - span_ <= Index{0} - distance;
+      if (ahead && distance > here) return entry;
     }
     return nullptr;
   }
@@ -274,13 +270,16 @@ class LinkQueue<Entry, Index, Value>::Iterator {
   void standOn(Node* entry) noexcept {
     entry_ = Ptr<Entry>{static_cast<Entry*>(entry)};
     version_ = queue_->version_;
-    origin_ = queue_->head_ == nullptr ? 0 : queue_->head_->index_;
+    if (entry == nullptr) return;
+    origin_ = queue_->head_->index_;
+    span_ = queue_->tail_->index_ - origin_;
   }
 
   LinkQueue const* queue_;
   Ptr<Entry> entry_;
   std::uint32_t version_{0};
-  Index origin_{0};
+  Index origin_{0};  // the head's index when the walk came to stand here
+  Index span_{0};    // the distance of the tail from there
 };
 
 }  // namespace Vek

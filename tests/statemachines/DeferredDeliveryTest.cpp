@@ -187,7 +187,16 @@ TEST(DeferredDelivery, OfAReplacedActivityIsStillMadeByTheFormerOne) {
   EXPECT_EQ(sw.traced("handleIntf"), 1U);
 }
 
-// The new activity delivers at once, also for the key that still waits with the former one.
+TEST(DeferredDelivery, OfOneKeyChangedTwiceIsOne) {
+  DeferringSwitch sw;
+  sw.start();
+  sw.takeTraces();
+  sw.addPhyConfig(ethernet1);
+  sw.configDir->intfConfigDel(ethernet1);
+  EXPECT_EQ(sw.deliver(), 1U);
+  EXPECT_EQ(sw.traced("handleIntf"), 1U);
+}
+
 TEST(DeferredDelivery, EndsWithAnActivityThatDoesNotDefer) {
   DeferringSwitch sw;
   sw.start();
@@ -210,6 +219,19 @@ TEST(DeferredDelivery, OfAKeyThatWaitsDoesNotHoldBackItsNextChangeOnAnImmediateA
   sw.takeTraces();
   sw.configDir->intfConfigDel(ethernet1);
   EXPECT_EQ(sw.traced("handleIntf"), 1U);
+}
+
+TEST(DeferredDelivery, OfAKeyThatWaitsIsNotLostToAnotherKeyOnAnImmediateActivity) {
+  DeferringSwitch sw;
+  sw.start();
+  sw.addPhyConfig(ethernet1);
+  auto const former = sw.activity;
+  sw.activity = Vek::make<Vek::ActivityConfig>();
+  sw.start();
+  sw.addPhyConfig(ethernet2);
+  sw.takeTraces();
+  Vek::vekActivitySmFor(former)->deliver();
+  EXPECT_EQ(sw.takeMessages()[0], "LinkFlapSm::handleIntf(Ethernet1)");
 }
 
 }  // namespace

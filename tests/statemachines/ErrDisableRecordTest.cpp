@@ -189,6 +189,19 @@ TEST(ErrDisable, ClearsTheHistoriesBeforeItWritesTheRecord) {
   EXPECT_THAT(seen, ElementsAre("cleared"));
 }
 
+// Why the order matters: whoever hears of the record may flap this very link.
+TEST(ErrDisable, AFlapFromInsideTheWriteIsCountedFromNothing) {
+  Switch sw{{.maxFlaps = 1, .interval = 10}};
+  sw.addInterface(ethernet1);
+  sw.start();
+  auto const watcher =
+      CauseWatcher::on(sw.causeStatus, [&](Tarn::IntfId const& id) { sw.flap(id, {2.5}); });
+  sw.flap(ethernet1, {1, 2});
+  EXPECT_THAT(sw.takeWrites(), ElementsAre("Ethernet1 2"));
+  EXPECT_THAT(times(*sw.profileSm(ethernet1, "default")), ElementsAre(2.5));
+  EXPECT_EQ(counters(*sw.profileSm(ethernet1, "default")), (Counters{1, 0, 0}));
+}
+
 TEST(ErrDisable, LogsBeforeItWritesTheRecord) {
   Switch sw{{.maxFlaps = 1, .interval = 10}};
   sw.addInterface(ethernet1);

@@ -138,9 +138,13 @@ TEST_F(HandleLinkStatus, AFlapBeyondTheWindowAgesTheHistoryAndReplaysTheRest) {
 
 TEST_F(HandleLinkStatus, AFlapExactlyTheWindowOldNeitherTriggersAgeingNorAgesOut) {
   start(9, 10);
-  sw_.flap(ethernet1, {0, 5, 10});
+  sw_.flap(ethernet1, {0, 5});
+  sm().curViolationsIs(7);
+  sw_.takeTraces();
+  sw_.flap(ethernet1, {10});
+  EXPECT_EQ(evaluations(), 1U);
   EXPECT_THAT(times(sm()), ElementsAre(0, 5, 10));
-  EXPECT_EQ(counters(sm()), (Counters{1, 1, 0}));  // carried on from the evaluation
+  EXPECT_EQ(counters(sm()), (Counters{1, 1, 7}));  // carried on from the evaluation
   sw_.flap(ethernet1, {15});                       // 0 is too old, 5 exactly at the edge
   EXPECT_THAT(times(sm()), ElementsAre(5, 10, 15));
   EXPECT_EQ(counters(sm()), (Counters{1, 1, 0}));

@@ -87,6 +87,7 @@ TEST_F(ProfileSmCollection, NewLinkFlapProfileSmReplacesTheMachineOfThatName) {
   EXPECT_EQ(sm().linkFlapProfileSm("p1"), made);
   EXPECT_NE(made, former);
   EXPECT_EQ(former->referenceCount(), 1U);
+  EXPECT_EQ(former->intfSm(), nullptr);
   EXPECT_EQ(sm().linkFlapProfileSm().members(), 3U);
 }
 

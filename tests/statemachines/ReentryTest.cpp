@@ -5,7 +5,7 @@
 
 #include "statemachines/LinkFlapSm.h"
 
-#include "tests/statemachines/ReentryWorld.h"
+#include "tests/statemachines/ReentryActions.h"
 
 // A watcher of the err-disable record acts from inside each notification that the library causes.
 // Whatever it does, nothing is left dangling, every other watcher is told once, and what there is in
@@ -29,21 +29,6 @@ struct Situation {
 void PrintTo(Situation const& situation, std::ostream* out) {
   *out << situation.name;
 }
-
-/// What the watcher does, given the interface that the notification is about.
-struct Action {
-  char const* name;
-  ReentryWorld::Act act;
-  /// It makes the top-level machine select profiles for every interface that it finds.
-  bool selects{false};
-  /// It leaves an interface that has a status without a machine.
-  bool removes{false};
-  /// It goes behind the inputs' back; a handleIntf for each interface makes up for it.
-  bool repair{false};
-  /// It installs for other objects. An installation under way comes to its end later and wins, so
-  /// it is repeated.
-  bool reinstall{false};
-};
 
 void start(ReentryWorld& w) {
   w.sw.start();
@@ -147,231 +132,11 @@ Situation const kSituations[]{
      [](ReentryWorld& w) { LinkFlap::manageProfileSm(w.sw.intfSm(w.ethernet3)); }},
 };
 
-using Id = Tarn::IntfId const&;
-
-void eachInterface(ReentryWorld& w, void (*act)(ReentryWorld&, Id)) {
-  for (Tarn::IntfId const& id : w.sw.walkOrder())
-    act(w, id);
-}
-
-/// The machine that is being notified; null once the Root or its machine has gone.
-LinkFlap::LinkFlapSm* machine(ReentryWorld& w) {
-  return w.sw.root && w.sw.root->linkFlapSm() ? &w.sw.machine() : nullptr;
-}
-
-Action const kActions[]{
-    {"Nothing", [](ReentryWorld&, Id) {}},
-    {"DropsTheInterface", [](ReentryWorld& w, Id id) { w.drop(id); }},
-    {"DropsTheStatus", [](ReentryWorld& w, Id id) { w.sw.statusDir->intfStatusDel(id); }},
-    {"DropsTheConfiguration", [](ReentryWorld& w, Id id) { w.sw.configDir->intfConfigDel(id); },
-     false, true},
-    {"ReplacesTheInterface",
-     [](ReentryWorld& w, Id id) {
-       w.drop(id);
-       w.sw.addInterface(id);
-     }},
-    {"DropsEveryInterface",
-     [](ReentryWorld& w, Id) {
-       eachInterface(w, [](ReentryWorld& world, Id each) { world.drop(each); });
-     }},
-    {"ReplacesEveryInterface",
-     [](ReentryWorld& w, Id) {
-       eachInterface(w, [](ReentryWorld& world, Id each) {
-         world.drop(each);
-         world.sw.addInterface(each);
-       });
-     }},
-    {"AddsManyInterfaces",
-     [](ReentryWorld& w, Id) {
-       for (int i = 10; i < 50; ++i)
-         w.sw.addInterface(Tarn::IntfId{("Ethernet" + std::to_string(i)).c_str()});
-     }},
-    {"GivesSettings",
-     [](ReentryWorld& w, Id id) {
-       w.sw.settingsIs(id, true, {{"p1", true}, {"p4", false}});
-     }},
-    {"GivesSettingsSwitchedOff",
-     [](ReentryWorld& w, Id id) {
-       w.sw.settingsIs(id, false, {{"p1", true}});
-     }},
-    {"GivesSettingsTwice",
-     [](ReentryWorld& w, Id id) {
-       w.sw.settingsIs(id, false);
-       w.sw.settingsIs(id, true);
-     }},
-    {"TakesSettings", [](ReentryWorld& w, Id id) { w.sw.config->intfConfigDel(id); }},
-    {"SwitchesOffInSettings",
-     [](ReentryWorld& w, Id) {
-       for (Id each : {w.ethernet2, w.ethernet3})
-         if (auto const settings = w.settingsOf(each)) settings->enabledIs(false);
-     }},
-    {"SwitchesOffAndOnInSettings",
-     [](ReentryWorld& w, Id) {
-       for (Id each : {w.ethernet2, w.ethernet3})
-         if (auto const settings = w.settingsOf(each)) {
-           settings->enabledIs(!settings->enabled());
-           settings->enabledIs(!settings->enabled());
-         }
-     }},
-    {"ListsOtherProfiles",
-     [](ReentryWorld& w, Id) {
-       for (Id each : {w.ethernet2, w.ethernet3})
-         if (auto const settings = w.settingsOf(each)) {
-           settings->profileListIs("p5", true);
-           settings->profileListDel("p1");
-         }
-     }},
-    {"ListsAProfileWithFalse",
-     [](ReentryWorld& w, Id) {
-       if (auto const settings = w.settingsOf(w.ethernet2)) settings->profileListIs("p1", false);
-     }},
-    {"ReplacesTheProfile", [](ReentryWorld& w, Id) { w.sw.profileIs("p1", kValues); }, true},
-    {"RemovesTheProfile", [](ReentryWorld& w, Id) { w.sw.config->profileConfigDel("p1"); }, true},
-    {"ChangesTheProfilesValues",
-     [](ReentryWorld& w, Id) {
-       w.p1->maxFlapsIs(4);
-       w.p1->intervalIs(40);
-       w.p1->violationsIs(4);
-       w.p1->trackedIntervalsIs(4);
-     }},
-    {"ChangesTheDefaultList",
-     [](ReentryWorld& w, Id) {
-       w.sw.config->defaultProfileListIs("p1", true);
-       w.sw.config->defaultProfileListIs("d2", true);
-       w.sw.config->defaultProfileListDel("p1");
-     },
-     true},
-    {"ChangesTheGlobalValues",
-     [](ReentryWorld& w, Id) {
-       w.sw.config->maxFlapsIs(4);
-       w.sw.config->intervalIs(40);
-     }},
-    {"SwitchesTheCauseOff",
-     [](ReentryWorld& w, Id) { w.sw.errdisableConfig->disabledIs(w.sw.causeName, true); }, false,
-     true},
-    {"SwitchesTheCauseOffAndOn",
-     [](ReentryWorld& w, Id) {
-       w.sw.errdisableConfig->disabledIs(w.sw.causeName, true);
-       w.sw.errdisableConfig->disabledDel(w.sw.causeName);
-     }},
-    {"TakesTheLinkDown",
-     [](ReentryWorld& w, Id id) {
-       if (w.sw.statusDir->intfStatus(id)) w.sw.linkIs(id, 2);
-     }},
-    {"FlapsOn",
-     [](ReentryWorld& w, Id id) {
-       if (w.sw.statusDir->intfStatus(id)) w.sw.flap(id, {20, 21, 22, 23, 24});
-     }},
-    {"FlapsEveryInterface",
-     [](ReentryWorld& w, Id) {
-       eachInterface(w, [](ReentryWorld& world, Id each) {
-         world.sw.flap(each, {20, 21, 22, 23});
-       });
-     }},
-    {"BeginsAConfiguration",
-     [](ReentryWorld& w, Id id) {
-       if (w.sw.configDir->intfConfig(id)) w.sw.phyConfigStateIs(id, 2);
-     }},
-    {"DeletesTheMachine",
-     [](ReentryWorld& w, Id) {
-       if (w.sw.root) (void)w.sw.root->linkFlapSmDel();
-     }},
-    {"DropsTheRoot", [](ReentryWorld& w, Id) { w.sw.root = nullptr; }},
-    {"InstallsTheSameAgain", [](ReentryWorld& w, Id) { w.sw.start(); }},
-    {"Rebuilds",
-     [](ReentryWorld& w, Id) {
-       w.sw.causeName = "rebuilt";
-       w.sw.start();
-     },
-     false, false, false, true},
-    {"RebuildsWithAnotherRecord",
-     [](ReentryWorld& w, Id) {
-       w.sw.causeStatusIs(Vek::make<Errdisable::CauseStatus>());
-       w.sw.start();
-     },
-     false, false, false, true},
-    {"RebuildsWithOtherDirectories",
-     [](ReentryWorld& w, Id) {
-       w.sw.configDir = Vek::make<Interface::AllEthPhyIntfConfigDir>();
-       w.sw.statusDir = Vek::make<Interface::AllEthPhyIntfStatusDir>();
-       for (Id each : {w.ethernet1, w.ethernet2, w.ethernet3})
-         w.sw.addInterface(each);
-       w.sw.start();
-     },
-     false, false, false, true},
-    {"RemovesTheInterfaceMachine",
-     [](ReentryWorld& w, Id id) {
-       if (auto* const sm = machine(w)) (void)sm->linkFlapIntfSmDel(id);
-     },
-     false, true, true},
-    {"RemovesEveryInterfaceMachine",
-     [](ReentryWorld& w, Id) {
-       if (auto* const sm = machine(w)) sm->linkFlapIntfSmDelAll();
-     },
-     false, true, true},
-    {"RemovesTheProfileMachines",
-     [](ReentryWorld& w, Id) {
-       for (Id each : {w.ethernet1, w.ethernet2, w.ethernet3})
-         if (auto* const sm = w.sw.intfSm(each)) sm->linkFlapProfileSmDelAll();
-     },
-     false, false, true},
-    {"AdmitsAgain",
-     [](ReentryWorld& w, Id) {
-       eachInterface(w, [](ReentryWorld& world, Id each) {
-         if (auto* const sm = machine(world)) sm->handleIntf(each);
-       });
-     }},
-    {"SelectsAgain",
-     [](ReentryWorld& w, Id) {
-       eachInterface(w, [](ReentryWorld& world, Id each) {
-         if (auto* const sm = world.sw.intfSm(each)) LinkFlap::manageProfileSm(sm);
-       });
-     }},
-    {"WithdrawsTheRecord", [](ReentryWorld& w, Id id) { w.sw.causeStatus->intfStatusDel(id); }},
-    {"WritesAnotherRecord",
-     [](ReentryWorld& w, Id id) {
-       w.sw.causeStatus->intfStatusIs(id, 99);
-       w.recordsByHand = true;
-     }},
-    {"SwitchesNotificationOffAndOn",
-     [](ReentryWorld& w, Id) {
-       if (auto* const sm = machine(w)) {
-         sm->hasNotificationActiveIs(false);
-         sm->hasNotificationActiveIs(true);
-       }
-     }},
-    {"MakesZombiesAndBack",
-     [](ReentryWorld& w, Id) {
-       if (auto* const sm = machine(w)) {
-         sm->vekDoZombieReactors(true);
-         sm->vekDoZombieReactors(false);
-       }
-     }},
-    {"LeavesAndSendsOthers",
-     [](ReentryWorld& w, Id) {
-       auto const self = w.meddler;
-       w.meddler = nullptr;
-       for (int i = 0; i < 3; ++i)
-         w.latecomers.push_back(CauseWatcher::on(w.sw.causeStatus, {}));
-     }},
-    {"DropsTheNextWatcher",
-     [](ReentryWorld& w, Id) {
-       w.after = nullptr;
-       w.afterLeft = true;
-     }},
-    {"ReplacesTheInterfaceAndDropsTheMachine",
-     [](ReentryWorld& w, Id id) {
-       w.drop(id);
-       w.sw.addInterface(id);
-       if (w.sw.root) (void)w.sw.root->linkFlapSmDel();
-     }},
-};
-
 class Reentry : public testing::TestWithParam<Situation> {};
 
 TEST_P(Reentry, EndsInWhatTheInputsDemandWhateverAWatcherDoes) {
   Situation const& situation = GetParam();
-  for (Action const& action : kActions) {
+  for (ReentryAction const& action : reentryActions()) {
     // An interface that has a status but no machine, met by a walk that selects profiles, ends the
     // process. That is meant so, and tested where the walks are.
     if ((situation.gap && action.selects) || (situation.fanOut && action.removes)) continue;
@@ -381,9 +146,7 @@ TEST_P(Reentry, EndsInWhatTheInputsDemandWhateverAWatcherDoes) {
     w.arm(action.act);
     EXPECT_NO_THROW(situation.trigger(w));
     EXPECT_TRUE(w.acted());
-    if (action.reinstall && w.sw.root) w.sw.start();
-    if (action.repair && machine(w) != nullptr)
-      eachInterface(w, [](ReentryWorld& world, Id each) { world.sw.machine().handleIntf(each); });
+    repairAfter(action, w);
     w.expectEachChangeToldOnce();
     w.expectSettled();
   }
@@ -392,7 +155,7 @@ TEST_P(Reentry, EndsInWhatTheInputsDemandWhateverAWatcherDoes) {
 TEST_P(Reentry, SurvivesAWatcherThatThrows) {
   ReentryWorld w;
   GetParam().prepare(w);
-  w.arm([](ReentryWorld&, Id) { throw std::runtime_error{"meddler"}; });
+  w.arm([](ReentryWorld&, Tarn::IntfId const&) { throw std::runtime_error{"meddler"}; });
   EXPECT_NO_THROW(GetParam().trigger(w));
   auto const failures = w.sw.takeFailures();
   ASSERT_EQ(failures.size(), 1U);

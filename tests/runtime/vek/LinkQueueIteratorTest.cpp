@@ -266,4 +266,24 @@ TEST_F(LinkQueueIteratorAcrossTheWrap, MeetsWhatIsAppendedAfterTheQueueWasEmptie
   EXPECT_EQ(restBeyond(walk), (Indexes{3}));
 }
 
+// Entries far apart, more than half of the index space from head to tail, and the wrap between.
+TEST(LinkQueueIteratorFarApart, GoesOnToATailMoreThanHalfARoundAway) {
+  TimeQueue queue;
+  queue.metadataIs({0x90000000, 0x90000000});
+  queue.enq(10);
+  queue.metadataIs({0x90000000, kLast});
+  queue.enq(20);
+  queue.enq(30);
+  queue.metadataIs({0x90000000, 0x30000000});
+  queue.enq(40);
+  ASSERT_EQ(indexesOf(queue), (Indexes{0x90000000, kLast, 0, 0x30000000}));
+
+  TimeQueue::Iterator walk = queue.iterator();
+  ++walk;
+  queue.del(0);
+  ++walk;
+  ASSERT_TRUE(walk) << "the tail was there all along";
+  EXPECT_EQ(walk->value(), 40);
+}
+
 }  // namespace

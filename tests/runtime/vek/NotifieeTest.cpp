@@ -245,8 +245,11 @@ class PagedWatcher : public ConfigWatcher {
   static void operator delete(void* page, std::size_t /*size*/) noexcept {
     munmap(page, pageSize());
   }
-  /// Whether it can be touched; if not, touching it ends the process.
-  void touchableIs(bool on) { mprotect(this, pageSize(), on ? PROT_READ | PROT_WRITE : PROT_NONE); }
+  /// Whether the watcher can be touched; if not, touching it ends the process. Static, for a
+  /// sanitizer touches the object whose member function is called.
+  static void touchableIs(Ptr<PagedWatcher> const& watcher, bool on) {
+    mprotect(watcher.get(), pageSize(), on ? PROT_READ | PROT_WRITE : PROT_NONE);
+  }
 
  private:
   static std::size_t pageSize() { return static_cast<std::size_t>(sysconf(_SC_PAGESIZE)); }
@@ -265,7 +268,7 @@ std::size_t toldWhileMostWatchersAreLockedAway() {
     watchers.back()->isRegisteredNotifieeIs(true);
   }
   for (std::size_t i = 0; i < watchers.size(); ++i)
-    if (i != 0 && i != 999 && (i < 499 || i > 501)) watchers[i]->touchableIs(false);
+    if (i != 0 && i != 999 && (i < 499 || i > 501)) PagedWatcher::touchableIs(watchers[i], false);
 
   watchers[500]->isRegisteredNotifieeIs(false);  // from between its neighbours
   watchers[500]->isRegisteredNotifieeIs(true);   // to behind the last
@@ -273,7 +276,7 @@ std::size_t toldWhileMostWatchersAreLockedAway() {
   watchers[500]->notifierIs(nullptr);
 
   for (auto const& watcher : watchers)
-    watcher->touchableIs(true);
+    PagedWatcher::touchableIs(watcher, true);
   config->maxFlapsIs(1);
   return log.size();
 }
