@@ -213,6 +213,16 @@ TEST_F(NotifieeExceptionHandling, MayDestroyTheWatcher) {
   EXPECT_FALSE(watcher);
 }
 
+TEST_F(NotifieeExceptionHandling, MayDestroyTheWatcherAndThrow) {
+  watcher->handle = [this](Vek::AttributeId) {
+    watcher = nullptr;
+    throw std::runtime_error{"worse"};
+  };
+  config->maxFlapsIs(1);
+  EXPECT_EQ(failures.lines(),
+            (Log{"in onNotificationException (260) of (anonymous namespace)::Handling: worse"}));
+}
+
 TEST_F(NotifieeExceptionHandling, MayDropTheObject) {
   watcher->handle = [this](Vek::AttributeId) {
     a = b = c = ofAnotherKind = nullptr;
