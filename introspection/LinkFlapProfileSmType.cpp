@@ -11,13 +11,18 @@ namespace {
 /// The index space of a queue as text: "HEADINDEX:NEXTINDEX".
 Vek::ValueStorage metadataOfText(char const*& begin, char const* end) {
   char const* at = begin;
-  auto const head = Vek::detail::unsignedOfText(at, end);
-  if (at == end || *at != ':') Vek::cannotConvert(begin, end, typeid(Vek::LinkQueueMetadata));
-  ++at;
-  auto const next = Vek::detail::unsignedOfText(at, end);
-  begin = at;
-  return Vek::String{std::to_string(std::get<std::uint32_t>(head)) + ":" +
-                     std::to_string(std::get<std::uint32_t>(next))};
+  try {
+    auto const head = Vek::detail::unsignedOfText(at, end);
+    if (at != end && *at == ':') {
+      auto const next = Vek::detail::unsignedOfText(++at, end);
+      begin = at;
+      return Vek::String{std::to_string(std::get<std::uint32_t>(head)) + ":" +
+                         std::to_string(std::get<std::uint32_t>(next))};
+    }
+  } catch (Vek::RangeException const&) {
+    // A half of it does not help: what does not convert is the whole.
+  }
+  Vek::cannotConvert(begin, end, typeid(Vek::LinkQueueMetadata));
 }
 
 std::string metadataText(Vek::ValueStorage const& value) {
@@ -91,9 +96,12 @@ void defineTimeStamps(Vek::VekAttr& attr) {
   attr.iterate = [](Vek::PtrInterface const& object,
                     Vek::Value const* index) -> std::unique_ptr<Vek::AttributeIterator> {
     TimeStampWalk walk{self(object).linkFlapTimeStamp().iterator()};
-    if (index != nullptr)
-      while (walk.at && walk.at->vek_index() != index->as<std::uint32_t>())
+    // From the first entry that is not before the index, in the order of the queue.
+    if (index != nullptr) {
+      auto const from = index->as<std::uint32_t>();
+      while (walk.at && from - walk.at->vek_index() - 1 < (1U << 31U))
         ++walk.at;
+    }
     return std::make_unique<Vek::AttributeWalk<Sm, TimeStampWalk>>(
         Vek::Ptr<Sm const>{&self(object)}, walk);
   };

@@ -8,7 +8,7 @@ namespace LinkFlap {
 void defineRoot(Vek::IntrospectionReactor& reactor, Root::_Type& type) {
   using Vek::AttrKind;
   Vek::TypeDefinition<Root> root{reactor, type};
-  // The constructor's parameter; its identifier is that of the entity's name.
+  // The constructor's parameter, which is the entity's name: the same attribute, identifier and all.
   root.value<&Root::name>(AttrKind::input, 130, "name");
   root.single<&Root::linkFlapSm, &Root::linkFlapSmIs, &Root::linkFlapSmDel>(
       Root::kLinkFlapSm, "linkFlapSm",

@@ -56,9 +56,9 @@ LinkFlapIntfSm::Ptr LinkFlapSm::admitted(Tarn::IntfId const& intfId) {
 }
 
 void LinkFlapSm::handleIntf(Tarn::IntfId intfId) {
+  Ptr const self{this};  // whoever hears of a withdrawn record may remove this machine
   Trace::handleIntf(this, "::handleIntf(", intfId, ")");
   Assert::handleIntf(initialized());
-  Ptr const self{this};  // whoever hears of a withdrawn record may remove this machine
   auto const child = admitted(intfId);
   if (!child) return;
   auto const settings = child->intfConfig();

@@ -17,9 +17,9 @@ void LinkFlapSm::forEachInterface(Visit visit) {
 // pointer, and its assertion ends the process.
 
 void LinkFlapSm::handleProfileConfig(Vek::String name) {
+  Ptr const self{this};  // whoever hears of a withdrawn record may remove this machine
   Trace::handleProfileConfig(this, "::handleProfileConfig(", name, ")");
   Assert::handleProfileConfig(initialized());
-  Ptr const self{this};  // whoever hears of a withdrawn record may remove this machine
   bool const isDefault = config()->defaultProfileList(name);
   forEachInterface([&](Tarn::IntfId const& intfId, Vek::Ptr<IntfConfig const> const& settings) {
     // Deliberate: a list that holds only false members does not fall back to the defaults; the
@@ -32,9 +32,9 @@ void LinkFlapSm::handleProfileConfig(Vek::String name) {
 }
 
 void LinkFlapSm::handleDefaultProfileList(Vek::String name) {
+  Ptr const self{this};  // whoever hears of a withdrawn record may remove this machine
   Trace::handleDefaultProfileList(this, "::handleDefaultProfileList(", name, ")");
   Assert::handleDefaultProfileList(initialized());
-  Ptr const self{this};  // whoever hears of a withdrawn record may remove this machine
   // Deliberate: whichever default profile changed, and to whatever, every interface that follows
   // the default list is examined anew.
   forEachInterface([&](Tarn::IntfId const& intfId, Vek::Ptr<IntfConfig const> const& settings) {
@@ -43,10 +43,10 @@ void LinkFlapSm::handleDefaultProfileList(Vek::String name) {
 }
 
 void LinkFlapSm::handleDisabled(Vek::String cause) {
+  Ptr const self{this};  // whoever hears of a withdrawn record may remove this machine
   Trace::handleDisabled(this, "::handleDisabled(", cause, ")");
   Assert::handleDisabled(initialized());
   if (cause != causeName_) return;
-  Ptr const self{this};  // whoever hears of a withdrawn record may remove this machine
   // The new value is not read here: admission reads it, in both directions. Interfaces with
   // settings of their own do not depend on it.
   forEachInterface([&](Tarn::IntfId const& intfId, Vek::Ptr<IntfConfig const> const& settings) {

@@ -138,6 +138,8 @@ void LinkFlapIntfSm::vek_handleIntfConfig_enabled() {
   handleIntfConfigEnabled(intfId());
 }
 
+void LinkFlapIntfSm::linkFlapProfileSmNotify(Vek::String /*name*/) {}
+
 std::ostream& operator<<(std::ostream& out, LinkFlapIntfSm* sm) {
   return out << "LinkFlapIntfSm( " << (sm == nullptr ? Tarn::IntfId{} : sm->intfId()) << " )";
 }

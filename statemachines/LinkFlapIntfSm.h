@@ -107,7 +107,7 @@ class LinkFlapIntfSm final : public Vek::PtrInterface, public Vek::HashLink {
   LinkFlapProfileSm::Ptr linkFlapProfileSmDel(ProfileSms::Iterator& position);
   void linkFlapProfileSmDelAll();
   /// A hook for others; nothing is done here.
-  void linkFlapProfileSmNotify(Vek::String const& /*name*/) {}
+  void linkFlapProfileSmNotify(Vek::String name);
 
   /// Runs once, at the end of construction.
   void handleInitialized();

@@ -46,13 +46,11 @@ void LinkFlapProfileSm::forEachReactor(Visit visit) {
 }
 
 void LinkFlapProfileSm::hasNotificationActiveIs(bool on) {
-  if (on == hasNotificationActive()) return;
   notificationActiveFlagIs(on);
   forEachReactor([on](auto& reactor) { reactor.hasNotificationActiveIs(on); });
 }
 
 void LinkFlapProfileSm::vekDoZombieReactors(bool on) {
-  if (on == vekMarkedForDeletion()) return;
   forEachReactor([on](auto& reactor) { reactor.vekDoZombieReactors(on); });
   vekMarkedForDeletionIs(on);
 }

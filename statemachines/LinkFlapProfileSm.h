@@ -109,8 +109,11 @@ class LinkFlapProfileSm final : public Vek::PtrInterface, public Vek::HashLink {
   double linkFlapTimeStampDeq();
   /// The time of that index; 0.0 when there is none.
   double linkFlapTimeStamp(std::uint32_t index) const;
-  /// Overwrites the time of that index, or makes an entry of that index.
+  /// Overwrites the time of that index, or makes an entry of that index, which throws
+  /// `Vek::RangeException` when the index space is full.
   void linkFlapTimeStampIs(std::uint32_t index, double const& time);
+  /// Makes an entry of that index, at its place in the order. Throws that too, and
+  /// `Vek::NameInUseException` when the index is in use.
   Vek::Ptr<VekLinkFlapTimeStamp> newLinkFlapTimeStamp(std::uint32_t index, double const& time);
   /// Removes the entry of that index and returns its time; 0.0 when there is none.
   double linkFlapTimeStampDel(std::uint32_t index);

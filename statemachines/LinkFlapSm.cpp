@@ -143,14 +143,16 @@ Vek::Ptr<LinkFlapSm::VekConfig> LinkFlapSm::newConfig(Vek::Ptr<Config const> con
 }
 
 void LinkFlapSm::handleInitialized() {
+  Ptr const self{this};  // whoever hears of a withdrawn record may remove this machine
   Trace::linkFlapSmHandleInitialized(this, "::handleInitialized()");
   Assert::linkFlapSmHandleInitialized(!initialized());
-  Ptr const self{this};
   initializedIs(true);
   auto const statusDir = ethPhyIntfStatusDir();
   for (auto const& status : statusDir->intfStatus())
     handleIntf(status.key());
 }
+
+void LinkFlapSm::linkFlapIntfSmNotify(Tarn::IntfId /*intfId*/) {}
 
 std::ostream& operator<<(std::ostream& out, LinkFlapSm* /*sm*/) {
   return out << "LinkFlapSm";

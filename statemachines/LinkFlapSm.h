@@ -38,7 +38,8 @@ class LinkFlapSm final : public Vek::PtrInterface {
   using IntfSms = Vek::HashMap<LinkFlapIntfSm, Tarn::IntfId>;
 
   /// Attaches to the inputs and admits the interfaces that are there. `causeName`: the err-disable
-  /// cause that the library serves. `ethPhyIntfStatusDir` must be present. What admission throws
+  /// cause that the library serves. `ethPhyIntfStatusDir` must be present; so must all other inputs
+  /// as soon as there is an interface to handle. What admission throws
   /// leaves the constructor, and what was built so far is released.
   LinkFlapSm(Vek::Ptr<Vek::ActivityConfig> const& vekFwkActivity,
              Vek::Ptr<Interface::AllEthPhyIntfConfigDir const> const& ethPhyIntfConfigDir,
@@ -69,7 +70,8 @@ class LinkFlapSm final : public Vek::PtrInterface {
   Vek::Ptr<Vek::ActivityConfig> const& vekFwkActivity() const noexcept { return vekFwkActivity_; }
 
   // The watched inputs, each empty when its reactor is absent. Pointing one at another object makes,
-  // keeps or drops the reactor and runs no handler.
+  // keeps or drops the reactor and runs no handler. Without one of the four, handling an interface
+  // ends the process.
   Vek::Ptr<Interface::AllEthPhyIntfConfigDir const> ethPhyIntfConfigDir() const;
   void ethPhyIntfConfigDirIs(Vek::Ptr<Interface::AllEthPhyIntfConfigDir const> const& dir);
   Vek::Ptr<Interface::AllEthPhyIntfConfigDir const> ethPhyIntfConfigDirDel();
@@ -117,7 +119,7 @@ class LinkFlapSm final : public Vek::PtrInterface {
   LinkFlapIntfSm::Ptr linkFlapIntfSmDel(IntfSms::Iterator& position);
   void linkFlapIntfSmDelAll();
   /// A hook for others; nothing is done here.
-  void linkFlapIntfSmNotify(Tarn::IntfId const& /*intfId*/) {}
+  void linkFlapIntfSmNotify(Tarn::IntfId intfId);
 
   /// Runs once, at the end of construction: admits every interface of the status directory.
   void handleInitialized();

@@ -117,6 +117,9 @@ LinkFlapProfileSm::Ptr LinkFlapIntfSm::newLinkFlapProfileSm(
   return child;
 }
 
+// Deliberate, in both removals: a removed machine that someone still holds forgets its owner, which
+// may go before it does.
+
 LinkFlapProfileSm::Ptr LinkFlapIntfSm::linkFlapProfileSmDel(Vek::String const& name) {
   auto child = linkFlapProfileSm_.deleteMember(name);
   if (child) child->intfSmIs(nullptr);

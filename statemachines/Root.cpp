@@ -42,7 +42,7 @@ void Root::tellLinkFlapSm() {
 }
 
 void Root::zeroReferencesIs(bool /*zero*/) {
-  tellWatchers(kZeroReferences, [](NotifieeConst& watcher) { watcher.onZeroReferences(); });
+  tellWatchers(kZeroReferences, [](NotifieeConst& watcher) { watcher.handleZeroRef(); });
 }
 
 Vek::String Root::attributeString(Vek::AttributeId id) const {

@@ -19,6 +19,8 @@ class LinkFlapSm;
 ///
 /// Ownership: the host's. Watchers do not keep a Root alive. When the host's last reference goes,
 /// the watchers hear `onZeroReferences`, then, if there is a machine, `onLinkFlapSm` a last time.
+/// Trap: a reference taken in `onZeroReferences` and kept keeps the Root; one kept in that last
+/// `onLinkFlapSm` comes too late, and the process ends.
 class Root final : public Vek::Entity {
  public:
   using Ptr = Vek::Ptr<Root>;
@@ -93,6 +95,7 @@ class Root::NotifieeConst : public Vek::PtrInterface::NotifieeConst {
   /// Throws `Vek::TypeException` when the object is not a Root.
   void notifierIs(Vek::Ptr<Vek::PtrInterface const> const& object) override;
   void isRegisteredNotifieeIs(bool on) override;
+  /// The name of the Root watched; without one, the watcher's class.
   Vek::Name name() const override;
 
   /// The member `linkFlapSm` was set or cleared.

@@ -66,8 +66,9 @@ class ActivitySm final : public PtrInterface {
 
   /// Whether a notification waits.
   bool pending() const noexcept { return !queue_.empty(); }
-  /// Delivers as many waiting attributes as there are at the call, first come first served, and
-  /// returns their number. What the handlers cause in turn may wait for the next call.
+  /// Delivers as many waiting attributes as there are at the call and returns their number; the
+  /// reactors take turns. Something may wait again when it returns: call it until `pending()` is
+  /// false.
   std::size_t deliver();
 
  private:

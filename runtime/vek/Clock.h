@@ -9,7 +9,8 @@ namespace Vek {
 /// Thread: the activity's.
 double now();
 
-/// Where `now()` takes the time from: seconds, called once for each reading.
+/// Where `now()` takes the time from: seconds, called once for each reading. It must not replace
+/// itself while it is called.
 using ClockSource = std::function<double()>;
 
 /// Puts `source` in place of the present one and returns that; an empty one stands for the

@@ -168,7 +168,9 @@ void GenericIf::wholeOp(VekAttr const& attr, Op const& op, List const& arguments
 std::unique_ptr<AttributeIterator> GenericIf::attributeIteratorConst(AttributeId id) const {
   VekAttr const& walked = attr(id);
   if (walked.iterate == nullptr) throwBadIndexAttrException(walked.name);
-  return walked.iterate(*object_, nullptr);
+  auto walk = walked.iterate(*object_, nullptr);
+  walk->readOnlyIs(readOnly_);
+  return walk;
 }
 
 std::unique_ptr<AttributeIterator> GenericIf::attributeIteratorKeyConst(AttributeId id,
@@ -176,7 +178,9 @@ std::unique_ptr<AttributeIterator> GenericIf::attributeIteratorKeyConst(Attribut
   VekAttr const& walked = attr(id);
   if (walked.iterate == nullptr) throwBadIndexAttrException(walked.name);
   Value const index = indexOf(walked, key);
-  return walked.iterate(*object_, &index);
+  auto walk = walked.iterate(*object_, &index);
+  walk->readOnlyIs(readOnly_);
+  return walk;
 }
 
 void GenericIf::attributeIterator_iterDel(AttributeIterator& it) const {
@@ -195,6 +199,10 @@ void GenericIf::hasNotificationActiveIs(bool on) {
 }
 
 void GenericIf::vekDoZombieReactors(bool on) {
+  if (attributeId("vekDoZombieReactors") == 0) {  // an object without reactors: its mark alone
+    writable().vekMarkedForDeletionIs(on);
+    return;
+  }
   Value none;
   attributeOp({attributeId("vekDoZombieReactors"), OpCode::call, {}}, {Value{on}}, none);
 }

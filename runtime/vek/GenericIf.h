@@ -13,7 +13,6 @@
 
 namespace Vek {
 
-[[noreturn]] void throwConstException();
 /// `indexed`: whether the operation was on a member.
 [[noreturn]] void throwOpNotSupportedException(std::string_view name, unsigned opId, bool indexed);
 [[noreturn]] void throwBadIndexAttrException(std::string_view name);

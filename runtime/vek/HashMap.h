@@ -125,6 +125,9 @@ class HashMap<Entry, Key, Value>::Iterator {
   /// The member the walk stands on; empty at the end.
   Ptr<Entry> const& member() const noexcept { return member_; }
 
+  /// Whether the member the walk stands on is still one.
+  bool isMember() const { return member_ && map_->find(member_->fwkKey()) == member_.get(); }
+
   Iterator& operator++() {
     if (!member_) return *this;
     HashMapGeneric const& table = map_->table_;

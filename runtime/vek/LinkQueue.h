@@ -44,7 +44,8 @@ class LinkQueueEntry : public PtrInterface {
 /// A first-in-first-out queue whose entries are addressed by an index that only grows, modulo 2^32.
 ///
 /// Append and removal at the head take constant time; access by index tries the head and the tail
-/// and else takes time linear in the number of entries. Indexes are not reused before 2^32 appends;
+/// and else takes time linear in the number of entries. An index is not used again before 2^32
+/// appends, unless entries are made under indexes of the caller's (`newMember`);
 /// order and walks hold across the wrap.
 ///
 /// `Entry` derives from `LinkQueueEntry<Value>` and is made from (index, value). Ownership: the

@@ -1,5 +1,6 @@
 #include "runtime/vek/Notifiee.h"
 
+#include "runtime/vek/Assertion.h"
 #include "runtime/vek/Exception.h"
 #include "runtime/vek/Report.h"
 
@@ -61,6 +62,7 @@ Notifier::~Notifier() {
 }
 
 Notifier::Group& Notifier::groupOf(AttributeMask watching) const {
+  if (watching == 0) fatal("Vek: a watcher of nothing was registered");
   Group* group = &first_;
   if (first_.watching == 0) first_.watching = watching;
   while (group->watching != watching) {

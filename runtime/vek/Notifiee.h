@@ -40,7 +40,8 @@ class PtrInterface::NotifieeConst : public PtrInterface,
   /// The object watched, or empty.
   virtual Ptr<PtrInterface const> notifier() const { return notifier_; }
   /// Attaches to `object`, or to nothing when it is empty; deregisters from the object held before.
-  /// Attaching the object already held does nothing.
+  /// Attaching the object already held does nothing. Registering takes an object that is a
+  /// `Notifier`; the watcher bases of the watched types see to it.
   virtual void notifierIs(Ptr<PtrInterface const> const& object);
   virtual bool isRegisteredNotifiee() const { return linked(); }
   /// Registers with the notifier (without one: does nothing) or deregisters.
@@ -51,6 +52,8 @@ class PtrInterface::NotifieeConst : public PtrInterface,
   /// The notifier has lost its last outside reference. Only entities whose watchers do not keep
   /// them alive tell this.
   virtual void onZeroReferences();
+  /// Called by the runtime: `onZeroReferences`.
+  void handleZeroRef() { onZeroReferences(); }
   /// A callback of this watcher threw while the change of attribute `id` was told. By default the
   /// failure goes to the exception sink. Runs while the exception is being handled.
   virtual void onNotificationException(AttributeId id);

@@ -197,27 +197,35 @@ PathTarget pathTarget(std::string_view path, bool intoObject) {
   return target;
 }
 
-std::string objectPath(PtrInterface const& object) {
-  for (auto const& [name, root] : PathRoots::global().roots()) {
+namespace {
+
+/// The path of an object; empty when no root leads to it.
+std::string pathFromRoots(PtrInterface const& object) {
+  for (auto const& [name, root] : PathRoots::global().roots())
     if (root.get() == &object) return quotedText(name);
-  }
   VekType const* const type = object.fwkType();
-  if (type != nullptr) {
-    // A machine that knows its owner is found from there.
-    for (auto const& attr : type->attrs()) {
-      if (attr->kind != AttrKind::owner) continue;
-      auto const owner = objectAt(object, *attr, {});
-      if (!owner) continue;
-      std::string const step = stepsTo(*owner, object, 1);
-      std::string const above = objectPath(*owner);
-      if (!step.empty() && above.rfind("0x", 0) != 0) return above + step;
-    }
-    for (auto const& [name, root] : PathRoots::global().roots()) {
-      std::string const steps = stepsTo(*root, object, 4);
-      if (!steps.empty()) return quotedText(name) + steps;
-    }
+  if (type == nullptr) return {};
+  // A machine that knows its owner is found from there.
+  for (auto const& attr : type->attrs()) {
+    if (attr->kind != AttrKind::owner) continue;
+    auto const owner = objectAt(object, *attr, {});
+    if (!owner) continue;
+    std::string const step = stepsTo(*owner, object, 1);
+    std::string const above = pathFromRoots(*owner);
+    if (!step.empty() && !above.empty()) return above + step;
   }
-  return std::string{representation(&object).view()};
+  for (auto const& [name, root] : PathRoots::global().roots()) {
+    std::string const steps = stepsTo(*root, object, 4);
+    if (!steps.empty()) return quotedText(name) + steps;
+  }
+  return {};
+}
+
+}  // namespace
+
+std::string objectPath(PtrInterface const& object) {
+  std::string path = pathFromRoots(object);
+  return path.empty() ? std::string{representation(&object).view()} : path;
 }
 
 Ptr<PtrInterface const> objectOfPath(char const*& begin, char const* end) {

@@ -72,6 +72,8 @@ class Reactor : public Watched::NotifieeConst {
       this->isRegisteredNotifieeIs(true);  // a handler that fails does not leave a deaf reactor
       throw;
     }
+    // Deliberate: whatever it was before, a reactor that is pointed at an object hears of it. One
+    // that is marked for deletion still runs no handler.
     this->isRegisteredNotifieeIs(true);
   }
 

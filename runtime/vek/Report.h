@@ -13,7 +13,7 @@ namespace Vek {
 /// see it, the other watchers are told all the same, and this report is what becomes of it.
 struct CallbackFailure {
   AttributeId attribute;      ///< the attribute whose change was being told
-  std::string attributeName;  ///< empty when the notifier has no name for it
+  std::string attributeName;  ///< empty when unknown; "in onNotificationException" when that threw
   std::string watcher;        ///< the class of the watcher that threw
   std::string message;        ///< `what()` of the exception
 };

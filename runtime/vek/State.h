@@ -29,6 +29,8 @@ bool sameValue(Value const& a, Value const& b) {
 ///
 /// Writing the value already held, or deleting an absent member, is not a change: nobody is told.
 ///
+/// An exception of the immediate hook stands for the whole notification of that watcher.
+///
 /// Trap: a watcher may drop the last reference to the object it is told about, so no setter touches
 /// the object once it has told.
 template <typename Type>

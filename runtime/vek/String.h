@@ -49,9 +49,7 @@ class String {
     return a.block_ == b.block_ || (a.hash() == b.hash() && a.view() == b.view());
   }
   friend bool operator==(String const& a, std::string_view b) noexcept { return a.view() == b; }
-  friend bool operator==(String const& a, char const* b) noexcept {
-    return a.view() == std::string_view{b};
-  }
+  friend bool operator==(String const& a, char const* b) noexcept { return a.view() == viewOf(b); }
   /// Byte order, bytes taken as unsigned; a prefix comes first.
   friend std::strong_ordering operator<=>(String const& a, String const& b) noexcept {
     return a.view() <=> b.view();
@@ -59,8 +57,12 @@ class String {
   friend String operator+(String const& a, String const& b) {
     return concatenated(a.view(), b.view());
   }
-  friend String operator+(String const& a, char const* b) { return concatenated(a.view(), b); }
-  friend String operator+(char const* a, String const& b) { return concatenated(a, b.view()); }
+  friend String operator+(String const& a, char const* b) {
+    return concatenated(a.view(), viewOf(b));
+  }
+  friend String operator+(char const* a, String const& b) {
+    return concatenated(viewOf(a), b.view());
+  }
 
  private:
   struct Block {
@@ -72,6 +74,9 @@ class String {
     char* text() noexcept { return reinterpret_cast<char*>(this + 1); }
   };
 
+  static std::string_view viewOf(char const* text) noexcept {
+    return text == nullptr ? std::string_view{} : std::string_view{text};
+  }
   static Block* emptyBlock() noexcept;
   static Block* newBlock(std::size_t size);
   static String concatenated(std::string_view a, std::string_view b);

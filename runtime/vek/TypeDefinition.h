@@ -69,8 +69,9 @@ struct HashWalk {
   void inc() { ++at; }
   void del(Object& object) {
     auto const key = at->fwkKey();
+    bool const present = at.isMember();  // another may stand under the key by now
     ++at;
-    (void)std::invoke(Del, object, key);
+    if (present) (void)std::invoke(Del, object, key);
   }
 };
 

@@ -39,7 +39,7 @@ void Value::throwOtherType() const {
 }
 
 std::string quotedText(std::string_view text) {
-  bool plain = !text.empty();
+  bool plain = !text.empty() && text != "null";  // which stands for no object
   for (char const c : text)
     plain = plain && wordCharacter(c);
   if (plain) return std::string{text};

@@ -53,8 +53,8 @@ class Value {
   /// Its textual form; the empty text for an empty value.
   std::string text() const { return empty() ? std::string{} : type_->toText(storage_); }
 
-  /// The value as a `T`. Throws `Vek::TypeException` with the name of the value's own type when it
-  /// is of another type and is no text that reads as a `T`.
+  /// The value as a `T`. Throws `Vek::TypeException` with the name of the value's own type when that
+  /// is another.
   template <typename T>
   T as() const;
 

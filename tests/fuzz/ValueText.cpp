@@ -1,5 +1,6 @@
 // Conversions from text: of every value type, the whole of a text and one value after the other.
 
+#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstdint>
@@ -78,6 +79,7 @@ void whole(ValueType const& type, std::string_view text) {
         "junk reported at another column");
 }
 
+/// One value after the other, with what is none between them passed over up to the next blank.
 void sequence(ValueType const& type, std::string_view text) {
   char const* at = text.data();
   char const* const end = at + text.size();
@@ -86,7 +88,8 @@ void sequence(ValueType const& type, std::string_view text) {
     if (take(type, at, end, value)) {
       readBack(value);
     } else {
-      ++at;
+      at = std::find(at, end, ' ');
+      if (at != end) ++at;
     }
   }
 }
@@ -98,11 +101,11 @@ extern "C" int LLVMFuzzerTestOneInput(std::uint8_t const* data, std::size_t size
   std::string_view const text{reinterpret_cast<char const*>(data), size};
   static ValueType const* const metadata =
       LinkFlap::LinkFlapProfileSm::_fwkType()->attr("linkFlapTimeStampMetadata")->writeType;
-  for (ValueType const* const type : kTypes)
+  for (ValueType const* const type : kTypes) {
     whole(*type, text);
+    sequence(*type, text);
+  }
   whole(*metadata, text);
-  // Of one type each time, since most places begin no value, and to say so takes time.
-  std::size_t const choice = size == 0 ? 0 : data[size - 1] % (kTypes.size() + 1);
-  sequence(choice == kTypes.size() ? *metadata : *kTypes[choice], text);
+  sequence(*metadata, text);
   return 0;
 }

@@ -1,8 +1,8 @@
 #!/bin/sh
 # usage: run-fuzzers.sh SECONDS [TARGET...]
 # Builds the fuzzers (preset fuzz) and runs each, or those named, for that many seconds. What they
-# learn is kept in build/fuzz/corpus/TARGET and taken up by the next run; an input on which one fails
-# is kept in build/fuzz/findings. Fails when there is a finding.
+# learn is kept in build/fuzz/corpus/TARGET and taken up by the next run; an input on which one
+# fails is kept in build/fuzz/findings. Fails when there is a finding.
 # Targets: values paths manifest scenario
 set -eu
 cd "$(dirname "$0")/../.."

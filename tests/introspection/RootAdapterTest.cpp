@@ -47,7 +47,7 @@ class RootAdapter : public testing::Test {
   using Adapter = Root::GenericIf_::GenericIf_Adapter_;
 
   Switch sw;
-  // Of another Root: a view holds the object it was made of, and the one watched must be free to go.
+  // Of another Root: a view holds its object, and the Root that is watched must be free to go.
   ToldView view{LinkFlap::rootFactory("another"), false};
   Vek::Ptr<Adapter> adapter{Root::GenericIf_::GenericIf_Adapter_Is(sw.root, &view)};
 };

@@ -82,8 +82,8 @@ struct CauseCounter final : Counter<Errdisable::CauseStatus> {
   void onIntfStatus(Tarn::IntfId) override { count(); }
 };
 
-/// A switch in the middle of its life: profiles and own settings, flaps counted, ports err-disabled,
-/// names of every kind.
+/// A switch in the middle of its life: profiles and own settings, flaps counted, ports
+/// err-disabled, names of every kind.
 class LiveTree : public testing::Test {
  protected:
   LiveTree() {

@@ -1,3 +1,4 @@
+#include <cstddef>
 #include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

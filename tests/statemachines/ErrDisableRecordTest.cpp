@@ -1,6 +1,8 @@
+#include <cstddef>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "statemachines/LinkFlapSm.h"

@@ -2,7 +2,6 @@
 #include <gtest/gtest.h>
 #include <limits>
 #include <ostream>
-#include <string>
 
 #include "statemachines/LinkFlapSm.h"
 
@@ -13,7 +12,6 @@
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 Tarn::IntfId const ethernet1{"Ethernet1"};
 

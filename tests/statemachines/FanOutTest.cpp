@@ -1,4 +1,4 @@
-#include <algorithm>
+#include <csignal>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>

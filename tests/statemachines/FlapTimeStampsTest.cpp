@@ -1,7 +1,6 @@
 #include <cstdint>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <string>
 #include <vector>
 
 #include "runtime/vek/Exception.h"

@@ -1,3 +1,5 @@
+#include <csignal>
+#include <cstddef>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>

@@ -1,7 +1,9 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <ostream>
+#include <sstream>
 #include <string>
+#include <vector>
 
 #include "runtime/vek/Exception.h"
 

@@ -1,3 +1,4 @@
+#include <csignal>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sstream>
@@ -14,7 +15,6 @@ namespace {
 
 using testing::ElementsAre;
 using testing::IsEmpty;
-using testing::UnorderedElementsAre;
 
 Tarn::IntfId const ethernet1{"Ethernet1"};
 Tarn::IntfId const ethernet2{"Ethernet2"};

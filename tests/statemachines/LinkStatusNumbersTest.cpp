@@ -1,7 +1,7 @@
+#include <csignal>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <limits>
-#include <optional>
 #include <ostream>
 #include <string>
 #include <vector>
@@ -16,7 +16,6 @@
 namespace {
 
 using testing::ElementsAre;
-using testing::IsEmpty;
 
 Tarn::IntfId const ethernet1{"Ethernet1"};
 

@@ -1,7 +1,6 @@
+#include <cstddef>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <optional>
-#include <string>
 
 #include "statemachines/LinkFlapSm.h"
 

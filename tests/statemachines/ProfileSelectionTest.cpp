@@ -1,3 +1,4 @@
+#include <csignal>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <string>

@@ -2,6 +2,7 @@
 #include <ostream>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "statemachines/LinkFlapSm.h"
 

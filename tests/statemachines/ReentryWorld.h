@@ -1,7 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
-#include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/statemachines/Watchers.h"

@@ -1,8 +1,7 @@
-#include <cstdint>
+#include <cstddef>
 #include <cstdio>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <ostream>
 #include <string>
 
 #include "runtime/vek/Exception.h"

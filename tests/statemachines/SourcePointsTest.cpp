@@ -1,7 +1,5 @@
 #include <gtest/gtest.h>
 #include <set>
-#include <string>
-#include <utility>
 
 #include "statemachines/SourcePoints.h"
 

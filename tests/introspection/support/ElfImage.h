@@ -9,9 +9,10 @@
 
 namespace IntrospectionTest {
 
-/// An ELF file made by hand, byte by byte, of either class and either byte order: a header, the data
-/// of some sections, the table of their names, the section table. Offsets are those of the format,
-/// not taken from a header file, so that a reader that uses one is checked against another source.
+/// An ELF file made by hand, byte by byte, of either class and either byte order: a header, the
+/// data of some sections, the table of their names, the section table. Offsets are those of the
+/// format, not taken from a header file, so that a reader that uses one is checked against another
+/// source.
 class ElfImage {
  public:
   struct Layout {

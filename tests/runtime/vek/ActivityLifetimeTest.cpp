@@ -127,6 +127,18 @@ TEST_F(WaitingReactor, EverythingMayBeDroppedByAHandler) {
   EXPECT_EQ(calls, (Calls{"profile strict"}));
 }
 
+TEST_F(WaitingReactor, RunningStateWhoseConfigurationIsGoneMayBeDroppedByAHandler) {
+  auto const another = make<KeysReactor>(activity, config, machine.get());
+  changeProfile("strict");
+  reactor->vekFwkActivityIs(nullptr);
+  another->vekFwkActivityIs(nullptr);
+  activity = nullptr;
+  ASSERT_EQ(activitySm->referenceCount(), 1U);
+  machine->then = [this] { activitySm = nullptr; };
+  EXPECT_EQ(activitySm->deliver(), 2U);
+  EXPECT_EQ(calls, (Calls{"profile strict", "profile strict"}));
+}
+
 TEST_F(WaitingReactor, OfADroppedObjectIsStillDeliveredTo) {
   config = nullptr;  // the reactor holds it
   EXPECT_EQ(activitySm->deliver(), 1U);
@@ -156,6 +168,13 @@ TEST_F(WaitingReactor, WaitsWithTheFormerActivityWhenItIsGivenAnother) {
   EXPECT_EQ(activitySm->deliver(), 0U);
   EXPECT_EQ(Vek::vekActivitySmFor(another)->deliver(), 1U);
   EXPECT_EQ(calls, (Calls{"profile strict", "profile loose"}));
+}
+
+TEST_F(WaitingReactor, LosesNoAttributeThatWaitsWithTheFormerActivityWhenItIsGivenNone) {
+  config->defaultProfileListIs("loose", true);
+  reactor->vekFwkActivityIs(nullptr);
+  EXPECT_EQ(activitySm->deliver(), 2U);
+  EXPECT_EQ(calls, (Calls{"profile strict", "default loose"}));
 }
 
 /// The former activity is dropped with what waited there; the reactor lives on.

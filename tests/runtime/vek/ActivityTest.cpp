@@ -288,4 +288,27 @@ TEST_F(DeferringActivity, NotificationHandledByHandLeavesTheOthersWaiting) {
   EXPECT_EQ(deliver(), 3U);
 }
 
+/// A reactor that may leave a notification without passing it on.
+class PickyReactor final : public Vek::ActivityReactor<PickyReactor, Machine, Config> {
+ public:
+  using ActivityReactor::ActivityReactor;
+  bool ignores{false};
+  void onProfileConfig(Vek::String name) override {
+    if (!ignores) react(Config::profileConfigAttr, name, &Machine::handleProfile);
+  }
+};
+
+TEST_F(DeferringActivity, NotificationThatIsIgnoredWhenDeliveredLeavesLaterOnesDeferred) {
+  reactor = nullptr;
+  auto const picky = make<PickyReactor>(activity, config, machine.get());
+  changeProfile("strict");
+  picky->ignores = true;
+  EXPECT_EQ(deliver(), 1U);
+  picky->ignores = false;
+  changeProfile("strict");
+  EXPECT_EQ(calls, Calls{}) << "the delivery before does not count for this one";
+  EXPECT_EQ(deliver(), 1U);
+  EXPECT_EQ(calls, (Calls{"profile strict"}));
+}
+
 }  // namespace

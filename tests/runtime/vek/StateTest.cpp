@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 #include <limits>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -118,6 +119,20 @@ TEST_F(State, MemberMayBeRemovedByTheKeyItStandsUnder) {
     config->defaultProfileListDel(member.key());
   EXPECT_TRUE(config->defaultProfileList().empty());
   EXPECT_EQ(log.size(), 12U);
+}
+
+TEST_F(State, KeyMayGoWithItsHolderWhileTheChangeIsTold) {
+  auto holder = std::make_unique<Vek::String>("k");
+  auto const first = watch(config, "first", log);
+  auto const second = watch(config, "second", log);
+  first->then = [&] { holder = nullptr; };
+  config->defaultProfileListIs(*holder, true);
+  EXPECT_EQ(log.back(), "second defaultProfileList[k]");
+
+  holder = std::make_unique<Vek::String>("k");
+  config->defaultProfileListDel(*holder);
+  EXPECT_EQ(log.back(), "second defaultProfileList[k]");
+  EXPECT_EQ(log.size(), 8U);
 }
 
 TEST_F(State, WalkOverACollectionHoldsWhileWatchersChangeIt) {
