@@ -34,6 +34,8 @@ std::size_t ActivitySm::deliver() {
     } catch (...) {
       hold->handleNotificationException(id);
     }
+    // A reactor that was given no activity meanwhile has nowhere else to wait with the rest.
+    if (!waiting->waiting_.empty() && waiting->queuedAt_ == nullptr) waiting->redispatch(self);
     ++delivered;
   }
   return delivered;
