@@ -273,7 +273,7 @@ TEST_F(RealLink, WritesTheTreeOfAllObjectsOnSigusr1AndGoesOn) {
   Daemon daemon{command(kCountOnly + std::vector<std::string>{"et1"})};
   ASSERT_NE(daemon.waitFor("ready: 1 port watched"), "") << daemon.output();
   storm("far1", 2);
-  ASSERT_TRUE(daemon.waitForLines(kCounted, 1)) << daemon.output();
+  ASSERT_TRUE(daemon.waitForLines(kCounted, 2)) << daemon.output();
   daemon.signal(SIGUSR1);
   EXPECT_EQ(daemon.waitFor("(Errdisable::CauseStatus)"), "causeStatus  (Errdisable::CauseStatus)");
   EXPECT_EQ(daemon.waitFor("rawLinkStatus"), "      rawLinkStatus: 1");
@@ -283,7 +283,7 @@ TEST_F(RealLink, WritesTheTreeOfAllObjectsOnSigusr1AndGoesOn) {
   EXPECT_EQ(daemon.waitFor("intfSm: "),
             "            intfSm: linkflapd/linkFlapSm/linkFlapIntfSm[et1]");
   storm("far1", 1);
-  EXPECT_TRUE(daemon.waitForLines(kCounted, 2)) << daemon.output();
+  EXPECT_TRUE(daemon.waitForLines(kCounted, 3)) << daemon.output();
   daemon.signal(SIGTERM);
   EXPECT_EQ(daemon.wait(), 0);
 }
