@@ -290,6 +290,20 @@ TEST_F(HashMap, RemovalThroughTheWalkLeavesAReplacementAlone) {
   EXPECT_TRUE(map[key(0)] == replacement);
 }
 
+TEST_F(HashMap, WalkKnowsWhetherItsMemberIsStillOne) {
+  fill({0, 4});
+  KeyedMap::Iterator walk = map.iterator();
+  EXPECT_TRUE(walk.isMember());
+  map.deleteMember(key(4));
+  EXPECT_TRUE(walk.isMember());
+  add(map, 0, 0, 1);
+  EXPECT_FALSE(walk.isMember()) << "another stands under its key";
+  map.deleteMember(key(0));
+  EXPECT_FALSE(walk.isMember());
+  ++walk;
+  EXPECT_FALSE(walk.isMember());
+}
+
 TEST_F(HashMap, ClearReleasesAfterTheMapIsEmpty) {
   class Looks : public Vek::PtrInterface, public Vek::HashLink {
    public:

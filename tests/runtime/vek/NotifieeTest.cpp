@@ -1,6 +1,7 @@
 // Who is told of a change, in which order and at which cost. What watchers may do meanwhile is in
 // NotifieeReentryTest.cpp, what becomes of their exceptions in NotifieeExceptionTest.cpp.
 
+#include <csignal>
 #include <cstdlib>
 #include <gtest/gtest.h>
 #include <new>
@@ -231,6 +232,18 @@ TEST_F(Notifiee, ThousandWatchersOfOtherAttributesCostNoCall) {
   EXPECT_EQ(log, (Log{"one maxFlaps"}));
 }
 
+TEST_F(Notifiee, HandleZeroRefRunsTheWatchersHook) {
+  class Hooked : public ConfigWatcher {
+   public:
+    using ConfigWatcher::ConfigWatcher;
+    int hooks{0};
+    void onZeroReferences() override { ++hooks; }
+  };
+  auto const watcher = make<Hooked>("a", log);
+  watcher->handleZeroRef();
+  EXPECT_EQ(watcher->hooks, 1);
+}
+
 /// A watcher that stands on a page of memory of its own.
 class PagedWatcher : public ConfigWatcher {
  public:
@@ -284,6 +297,13 @@ std::size_t toldWhileMostWatchersAreLockedAway() {
 TEST(NotifieeDeathTest, RegisteringAndDeregisteringTouchesNeighboursOnly) {
   EXPECT_EXIT(std::_Exit(toldWhileMostWatchersAreLockedAway() == 999 ? 0 : 1),
               testing::ExitedWithCode(0), "");
+}
+
+TEST(NotifieeDeathTest, RegisteringAWatcherOfNothingEndsTheProcess) {
+  Log log;
+  Ptr<Config> const config = make<Config>("linkFlap");
+  EXPECT_EXIT((void)watch(config, "a", log, 0), testing::KilledBySignal(SIGABRT),
+              "^Vek: a watcher of nothing was registered\n$");
 }
 
 }  // namespace

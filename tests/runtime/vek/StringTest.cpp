@@ -142,6 +142,14 @@ TEST(String, IsComparedByText) {
   EXPECT_FALSE(one == "Strict");
 }
 
+TEST(String, TakesANullPointerForTheEmptyTextEverywhere) {
+  char const* const null = nullptr;
+  EXPECT_TRUE(String{} == null);
+  EXPECT_FALSE(String{"a"} == null);
+  EXPECT_EQ(String{"a"} + null, "a");
+  EXPECT_EQ(null + String{"a"}, "a");
+}
+
 TEST(String, EqualHashesDoNotMakeEqualTexts) {
   String const one{"costarring"};
   String const other{"liquid"};
