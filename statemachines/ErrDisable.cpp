@@ -1,3 +1,5 @@
+#include "statemachines/ErrDisable.h"
+
 #include <cstdint>
 #include <limits>
 
@@ -61,7 +63,9 @@ void clearHistories(LinkFlapProfileSm& sm) {
     profileSm.clearHistory();
 }
 
-void declareErrDisable(LinkFlapProfileSm& sm, std::uint32_t maxFlaps) {
+/// From here on nothing fails: `room` is what the record needs.
+void declareErrDisable(LinkFlapProfileSm& sm, std::uint32_t maxFlaps,
+                       Errdisable::CauseStatus::Room room) noexcept {
   // Deliberate: no blank stands between the count and "violations".
   Trace::declareErrDisable("Interface exceeded ", sm.curViolations(),
                            "violations, each with at least ", maxFlaps, " flaps; errdisabling it");
@@ -69,7 +73,7 @@ void declareErrDisable(LinkFlapProfileSm& sm, std::uint32_t maxFlaps) {
   // Order: the histories are cleared before the record is written. Whoever hears of the record may
   // change this very interface's link, and that must start from nothing.
   clearHistories(sm);
-  sm.causeStatus()->intfStatusIs(sm.intfId(), Vek::now());
+  sm.causeStatus()->intfStatusIs(std::move(room), Vek::now());
 }
 
 }  // namespace
@@ -77,10 +81,21 @@ void declareErrDisable(LinkFlapProfileSm& sm, std::uint32_t maxFlaps) {
 bool evaluateErrDisable(Vek::Ptr<LinkFlapProfileSm> profileSm, double flapTime,
                         double firstFlapTime, std::uint32_t maxFlaps, double interval,
                         std::uint32_t violations, std::uint32_t trackedIntervals) {
+  Errdisable::CauseStatus::Room room;
+  return evaluateErrDisable(std::move(profileSm), flapTime, firstFlapTime, maxFlaps, interval,
+                            violations, trackedIntervals, room);
+}
+
+bool evaluateErrDisable(Vek::Ptr<LinkFlapProfileSm> profileSm, double flapTime,
+                        double firstFlapTime, std::uint32_t maxFlaps, double interval,
+                        std::uint32_t violations, std::uint32_t trackedIntervals,
+                        Errdisable::CauseStatus::Room& room) {
   LinkFlapProfileSm& sm = *profileSm;
   Trace::evaluateErrDisable(static_cast<void const*>(&sm), "::evaluateErrDisable");
   std::uint64_t const intervalIndex = intervalOf(flapTime, firstFlapTime, interval);
 
+  std::uint32_t const flapsBefore = sm.curFlaps();
+  std::uint32_t const intervalsBefore = sm.curIntervals();
   // Deliberate: compared as 64-bit numbers, so an index of 2^32 or more always begins an interval.
   if (intervalIndex == sm.curIntervals()) {
     sm.curFlapsIs(sm.curFlaps() + 1);
@@ -103,7 +118,19 @@ bool evaluateErrDisable(Vek::Ptr<LinkFlapProfileSm> profileSm, double flapTime,
   // Deliberate: intervals 0 to `trackedIntervals` inclusive, which is one more than the name says.
   if (intervalIndex > trackedIntervals) return false;
 
-  declareErrDisable(sm, maxFlaps);
+  // Order: the memory for the record comes first. A flap that err-disables does so with all that
+  // belongs to it, or is not counted, so that the next one does in its place.
+  if (!room) {
+    try {
+      room = Errdisable::CauseStatus::intfStatusRoom(sm.intfId());
+    } catch (...) {
+      sm.curFlapsIs(flapsBefore);
+      sm.curIntervalsIs(intervalsBefore);
+      sm.curViolationsIs(sm.curViolations() - 1);
+      throw;
+    }
+  }
+  declareErrDisable(sm, maxFlaps, std::move(room));
   return true;
 }
 

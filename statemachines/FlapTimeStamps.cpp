@@ -39,6 +39,17 @@ void LinkFlapProfileSm::linkFlapTimeStampDelAll() {
     linkFlapTimeStampDel(entry);
 }
 
+/// Undoes the append that was the last change of the queue.
+void LinkFlapProfileSm::linkFlapTimeStampTakeBack() noexcept {
+  if (linkFlapTimeStamp_.count() == 0) return;  // a trace sink may have emptied it
+  std::uint32_t const index = linkFlapTimeStamp_.tail()->vek_index();
+  (void)linkFlapTimeStamp_.del(index);
+  auto metadata = linkFlapTimeStamp_.metadata();
+  metadata.nextIndex = index;
+  if (linkFlapTimeStamp_.count() == 0) metadata.headIndex = index;
+  linkFlapTimeStamp_.metadataIs(metadata);
+}
+
 void LinkFlapProfileSm::linkFlapTimeStampMetadataIs(LinkFlapTimeStampMetadata const& metadata) {
   linkFlapTimeStamp_.metadataIs(metadata);
 }

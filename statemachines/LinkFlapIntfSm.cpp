@@ -117,7 +117,7 @@ void LinkFlapIntfSm::handleLinkFlapValues() {
   Assert::handleLinkFlapValues(initialized());
   // Deliberate: the test is on the name. A listed profile that is not configured runs on the global
   // values as well, but keeps its history.
-  if (auto const builtIn = linkFlapProfileSm("default")) builtIn->clearHistory();
+  if (auto const builtIn = linkFlapProfileSm(builtInProfile())) builtIn->clearHistory();
 }
 
 void LinkFlapIntfSm::handleProfileList(Vek::String profileName) {

@@ -178,6 +178,10 @@ class LinkFlapIntfSm::VekIntfConfig final
 /// "sm").
 void manageProfileSm(LinkFlapIntfSm::Ptr sm);
 
+/// The name of the built-in profile, "default": it has no configuration of its own and runs on the
+/// global values.
+Vek::String const& builtInProfile();
+
 /// Writes "LinkFlapIntfSm( ", the interface's name and " )".
 std::ostream& operator<<(std::ostream& out, LinkFlapIntfSm* sm);
 

@@ -131,7 +131,8 @@ class LinkFlapProfileSm final : public Vek::PtrInterface, public Vek::HashLink {
   /// A value of the profile has changed: its counting starts anew from an empty history. The
   /// interface's err-disable record is not touched. The arguments serve the trace.
   void handleProfileValues(Vek::String profileName, Tarn::IntfId intfId);
-  /// The raw link status has changed: if that is a flap, records and evaluates it.
+  /// The raw link status has changed: if that is a flap, records and evaluates it. What it throws
+  /// (the queue is full, or there is no memory) leaves the machine as it was.
   void handleLinkStatus();
 
   void vek_handleProfileConfig_maxFlaps();
@@ -148,6 +149,7 @@ class LinkFlapProfileSm final : public Vek::PtrInterface, public Vek::HashLink {
   template <typename Visit>
   void forEachReactor(Visit visit);
   void restartCounting();
+  void linkFlapTimeStampTakeBack() noexcept;
 
   Vek::String profileName_;
   Vek::Input<VekProfileConfig> profileConfig_;
@@ -222,7 +224,8 @@ class LinkFlapProfileSm::VekEthPhyIntfStatus final
 /// interval. `interval`: length of an interval, whole seconds. `violations` err-disable, as long as
 /// they lie in intervals 0 to `trackedIntervals`, inclusive.
 ///
-/// Returns true exactly when this call has err-disabled the interface. Throws nothing of its own.
+/// Returns true exactly when this call has err-disabled the interface. Throws nothing but
+/// `std::bad_alloc`, when there is no memory for the record: then the flap was not counted.
 bool evaluateErrDisable(Vek::Ptr<LinkFlapProfileSm> profileSm, double flapTime,
                         double firstFlapTime, std::uint32_t maxFlaps, double interval,
                         std::uint32_t violations, std::uint32_t trackedIntervals);

@@ -60,6 +60,7 @@ void LinkFlapSm::hasNotificationActiveIs(bool on) {
 }
 
 void LinkFlapSm::vekFwkActivityIs(Vek::Ptr<Vek::ActivityConfig> const& activity) {
+  (void)Vek::vekActivitySmFor(activity);  // all that can fail; the reactors find it made
   vekFwkActivity_ = activity;
   forEachReactor([this](auto& reactor) { reactor.vekFwkActivityIs(vekFwkActivity()); });
 }

@@ -3,6 +3,7 @@
 
 #include "runtime/vek/Clock.h"
 
+#include "statemachines/ErrDisable.h"
 #include "statemachines/LinkFlapProfileSm.h"
 #include "statemachines/SourcePoints.h"
 
@@ -40,6 +41,13 @@ ProfileValues profileValues(LinkFlapProfileSm const& sm) {
   return {config.maxFlaps(), wholeSeconds(config.interval()), 1, 1};
 }
 
+/// Whether a history of `flaps`, counted from the start, can err-disable: each violation takes one
+/// flap more than the limit.
+bool canErrDisable(std::uint32_t flaps, ProfileValues const& values) {
+  return values.violations != 0 &&
+         flaps / (std::uint64_t{values.maxFlaps} + 1) >= values.violations;
+}
+
 }  // namespace
 
 void LinkFlapProfileSm::handleLinkStatus() {
@@ -54,13 +62,23 @@ void LinkFlapProfileSm::handleLinkStatus() {
   double const now = Vek::now();
   linkFlapTimeStampEnq(now);
   double firstFlapTime = linkFlapTimeStamp_.head()->time();
-  if (evaluateErrDisable(this, now, firstFlapTime, values.maxFlaps, interval, values.violations,
-                         values.trackedIntervals))
-    return;
-
   // Deliberate: the product wraps at 2^32 before it becomes a time.
   auto const trackingWindow = static_cast<double>(values.interval * values.trackedIntervals);
-  if (!(now - firstFlapTime > trackingWindow)) return;
+  bool const ages = now - firstFlapTime > trackingWindow;
+  Errdisable::CauseStatus::Room room;
+  try {
+    // Order: the memory for a record comes before the ageing, which cannot be undone.
+    if (ages && canErrDisable(linkFlapTimeStamp_.count(), values))
+      room = Errdisable::CauseStatus::intfStatusRoom(intfId());
+    if (evaluateErrDisable(this, now, firstFlapTime, values.maxFlaps, interval, values.violations,
+                           values.trackedIntervals, room))
+      return;
+  } catch (...) {
+    // As if the link had not come up: the next flap finds what this one found.
+    linkFlapTimeStampTakeBack();
+    throw;
+  }
+  if (!ages) return;
 
   // The history reaches past the window: drop what is too old and count the rest from the start.
   curFlapsIs(0);
@@ -76,7 +94,7 @@ void LinkFlapProfileSm::handleLinkStatus() {
   firstFlapTime = flap->time();
   for (; flap; ++flap)
     if (evaluateErrDisable(this, flap->time(), firstFlapTime, values.maxFlaps, interval,
-                           values.violations, values.trackedIntervals))
+                           values.violations, values.trackedIntervals, room))
       return;
 }
 

@@ -5,13 +5,12 @@
 
 namespace LinkFlap {
 
-namespace {
-
-/// The built-in profile: it has no configuration of its own and runs on the global values.
 Vek::String const& builtInProfile() {
   static Vek::String const name{"default"};
   return name;
 }
+
+namespace {
 
 using ProfileList = Vek::Collection<Vek::String, bool>;
 

@@ -1,7 +1,9 @@
 #include "runtime/vek/Clock.h"
 
 #include <chrono>
+#include <cstddef>
 #include <limits>
+#include <new>
 #include <utility>
 
 namespace Vek {
@@ -15,10 +17,20 @@ struct Clock {
   double last{kNever};
 };
 
-// Never destroyed: the clock may be read while statics are being destroyed.
-Clock& clock() {
-  static auto* const instance = new Clock;
+// Never destroyed: the clock may be read while statics are being destroyed. In memory of its own:
+// reading it never fails.
+Clock& clock() noexcept {
+  alignas(Clock) static std::byte memory[sizeof(Clock)];
+  static auto* const instance = new (memory) Clock;
   return *instance;
+}
+
+double reading(ClockSource const& source) noexcept {
+  try {
+    return source();
+  } catch (...) {
+    return std::numeric_limits<double>::quiet_NaN();
+  }
 }
 
 double monotonicSeconds() {
@@ -28,9 +40,9 @@ double monotonicSeconds() {
 
 }  // namespace
 
-double now() {
+double now() noexcept {
   Clock& c = clock();
-  double const time = c.source ? c.source() : monotonicSeconds();
+  double const time = c.source ? reading(c.source) : monotonicSeconds();
   // Written so that a reading that is not a number is held as well; a run that begins with one
   // begins at 0.
   if (time >= c.last) {

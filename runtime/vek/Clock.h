@@ -5,9 +5,10 @@
 namespace Vek {
 
 /// The time in seconds on the host's monotonic clock, from an origin that is fixed for the run.
-/// Never goes backward: a source that steps back (or yields no number) is held at the last time.
+/// Never goes backward: a source that steps back (or yields no number, or throws) is held at the
+/// last time.
 /// Thread: the activity's.
-double now();
+double now() noexcept;
 
 /// Where `now()` takes the time from: seconds, called once for each reading. It must not replace
 /// itself while it is called.

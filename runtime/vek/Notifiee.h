@@ -84,6 +84,8 @@ class Notifier : public Entity {
   /// Called by the watcher itself.
   void notifieeIs(PtrInterface::NotifieeConst& watcher) const;
   void notifieeDel(PtrInterface::NotifieeConst& watcher) const noexcept;
+  /// After it, registering watchers of these attributes cannot fail.
+  void roomForWatchersOf(AttributeMask watching) const { (void)groupOf(watching); }
 
   bool hasNotifiees() const noexcept;
 

@@ -1,5 +1,6 @@
 #include "runtime/vek/PtrInterface.h"
 
+#include <cstddef>
 #include <mutex>
 #include <new>
 #include <unordered_set>
@@ -83,16 +84,19 @@ struct Tracker {
 };
 
 // Never destroyed: objects with static storage may be released after any static of ours.
-Tracker& tracker() {
-  static auto* const instance = new Tracker;
+Tracker& tracker() noexcept {
+  alignas(Tracker) static std::byte memory[sizeof(Tracker)];
+  static auto* const instance = new (memory) Tracker;
   return *instance;
 }
 
 }  // namespace
 
-void PtrTrack::ptrifNew(PtrInterface const* object) noexcept {
+void PtrTrack::ptrifNew(PtrInterface const* object) noexcept try {
   std::lock_guard const lock{tracker().mutex};
   tracker().objects.insert(object);
+} catch (std::bad_alloc const&) {
+  // An aid of diagnosis does not end the process: the object is not counted.
 }
 
 void PtrTrack::ptrifDel(PtrInterface const* object) noexcept {

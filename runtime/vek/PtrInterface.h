@@ -122,6 +122,7 @@ class PtrInterface {
 /// that look for leaks. Thread: safe from any.
 class PtrTrack {
  public:
+  /// An object for which there is no memory to record it is not counted.
   static void ptrifNew(PtrInterface const* object) noexcept;
   static void ptrifDel(PtrInterface const* object) noexcept;
   /// Objects made since tracking was switched on that are alive and not leaked on purpose.

@@ -63,6 +63,9 @@ class Reactor : public Watched::NotifieeConst {
               std::initializer_list<void (Owner::*)()> handlers) {
     if (object == this->notifier()) return;
     Ptr<Reactor> const self{this};  // a handler may end in the owner's destruction
+    // All that can fail in registering comes first: this reactor must not end attached but deaf.
+    if (auto const* const notifier = dynamic_cast<Watched const*>(object.get()))
+      notifier->roomForWatchersOf(this->watching());
     Watched::NotifieeConst::notifierIs(object);
     if (!object) return;
     try {

@@ -1,7 +1,9 @@
 #include "runtime/vek/Report.h"
 
+#include <cstddef>
 #include <cstdio>
 #include <exception>
+#include <new>
 #include <utility>
 
 #include "runtime/vek/Exception.h"
@@ -11,8 +13,10 @@ namespace Vek {
 namespace {
 
 // Never destroyed: a callback may throw while statics are being destroyed.
-ExceptionSink& currentSink() {
-  static auto* const sink = new ExceptionSink;
+// In memory of its own: it is needed when there is no other.
+ExceptionSink& currentSink() noexcept {
+  alignas(ExceptionSink) static std::byte memory[sizeof(ExceptionSink)];
+  static auto* const sink = new (memory) ExceptionSink;
   return *sink;
 }
 

@@ -29,6 +29,9 @@ bool sameValue(Value const& a, Value const& b) {
 ///
 /// Writing the value already held, or deleting an absent member, is not a change: nobody is told.
 ///
+/// A setter that finds no memory throws `std::bad_alloc` and has changed nothing and told nobody;
+/// a change that was made is told to everyone, whatever a watcher throws.
+///
 /// An exception of the immediate hook stands for the whole notification of that watcher.
 ///
 /// Trap: a watcher may drop the last reference to the object it is told about, so no setter touches
@@ -93,6 +96,27 @@ class State : public Notifier {
     } else {
       members.newMember(make<CollectionMember<Key, Value>>(key, std::move(value)));
     }
+    this->countChange();
+    tellMember(attribute, key);
+  }
+
+  /// What writing the member of `key` needs memory for, obtained beforehand; nobody can see it.
+  template <typename Key, typename Value, typename Watcher>
+  static Ptr<CollectionMember<Key, Value>> memberRoom(
+      Keyed<Type, Key, Value, Watcher> const& /*attribute*/, std::type_identity_t<Key> key) {
+    return make<CollectionMember<Key, Value>>(std::move(key), Value{});
+  }
+
+  /// As above, with the key that `room` was obtained for; throws nothing.
+  template <typename Key, typename Value, typename Watcher>
+  void memberIs(Keyed<Type, Key, Value, Watcher> const& attribute,
+                Ptr<CollectionMember<Key, Value>> room,
+                std::type_identity_t<Value> value) noexcept {
+    Key const key = room->key_;
+    auto& members = (self().*attribute.members).members_;
+    if (members.find(key) != nullptr) return memberIs(attribute, key, std::move(value));
+    room->value_ = std::move(value);
+    members.newMember(std::move(room));
     this->countChange();
     tellMember(attribute, key);
   }

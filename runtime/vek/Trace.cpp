@@ -1,7 +1,9 @@
 #include "runtime/vek/Trace.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdio>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -14,8 +16,10 @@ std::ostream* coverageStream_ = nullptr;
 namespace {
 
 // Never destroyed: machines may be torn down, and trace, while statics are being destroyed.
-TraceSink& currentSink() {
-  static auto* const sink = new TraceSink;
+// In memory of its own: it is needed when there is no other.
+TraceSink& currentSink() noexcept {
+  alignas(TraceSink) static std::byte memory[sizeof(TraceSink)];
+  static auto* const sink = new (memory) TraceSink;
   return *sink;
 }
 
