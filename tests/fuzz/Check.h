@@ -12,4 +12,11 @@ inline void check(bool holds, char const* what) {
   std::abort();
 }
 
+/// Whether this run has a fault planted in it, which one of the checks must then find: a target
+/// misreads one thing that no seed contains. `run-fuzzers.sh --planted` asks for it.
+inline bool planted() {
+  static bool const asked = std::getenv("LINKFLAP_FUZZ_PLANTED") != nullptr;
+  return asked;
+}
+
 }  // namespace Fuzz

@@ -24,7 +24,9 @@ std::optional<Vek::PathTarget> targetOf(std::string_view path, bool intoObject) 
     std::string_view const message = exception.message().view();
     auto const column = message.find(" at column ");
     check(column != std::string_view::npos, "a refusal without a column");
-    auto const number = std::stoull(std::string{message.substr(column + 11, 20)});
+    auto number = std::stoull(std::string{message.substr(column + 11, 20)});
+    // The planted fault: columns behind a key are far too large.
+    if (Fuzz::planted() && path.find("]/") != std::string_view::npos) number += 20;
     check(number >= 1 && number <= path.size() + 1, "a column beyond the path");
     return std::nullopt;
   }

@@ -42,6 +42,10 @@ bool take(ValueType const& type, char const*& begin, char const* end, Value& val
     return false;
   }
   check(begin > before && begin <= end, "a value is no text, or more than there is");
+  // The planted fault: the last digit of a large number is left.
+  if (Fuzz::planted() && &type == &ValueTraits<double>::type &&
+      std::string_view{before, begin}.find("e+") != std::string_view::npos)
+    --begin;
   return true;
 }
 

@@ -1,21 +1,38 @@
 #!/bin/sh
-# usage: run-fuzzers.sh SECONDS [TARGET...]
-# Builds the fuzzers (preset fuzz) and runs each, or those named, for that many seconds. What they
-# learn is kept in build/fuzz/corpus/TARGET and taken up by the next run; an input on which one
-# fails is kept in build/fuzz/findings. Fails when there is a finding.
+# usage: run-fuzzers.sh [--planted] SECONDS [TARGET...]
+# Builds the fuzzers (preset fuzz) and runs each, or those named, for that many seconds, two at a
+# time. What they learn is kept in build/fuzz/corpus/TARGET and taken up by the next run; an input on
+# which one fails is kept in build/fuzz/findings. Fails when there is a finding.
+# With --planted each target misreads one thing and runs until that is found, from the seeds alone;
+# fails when it is not found within SECONDS. Nothing of such a run is kept.
 # Targets: values paths manifest scenario
 set -eu
 cd "$(dirname "$0")/../.."
 
+usage() {
+  sed -n '2,8s/^# \{0,1\}//p' tests/fuzz/run-fuzzers.sh >&2
+  exit 2
+}
+
+planted=
+if [ "${1-}" = --planted ]; then
+  planted=-planted
+  LINKFLAP_FUZZ_PLANTED=1
+  export LINKFLAP_FUZZ_PLANTED
+  shift
+fi
 case "${1-}" in
-  '' | 0 | *[!0-9]*)
-    sed -n '2,6s/^# \{0,1\}//p' tests/fuzz/run-fuzzers.sh >&2
-    exit 2
-    ;;
+  '' | 0 | *[!0-9]*) usage ;;
 esac
 seconds=$1
 shift
 [ $# -gt 0 ] || set -- values paths manifest scenario
+for target in "$@"; do
+  case $target in
+    values | paths | manifest | scenario) ;;
+    *) usage ;;
+  esac
+done
 
 build=${LINKFLAP_FUZZ_BUILD:-build/fuzz}
 mkdir -p "$build"
@@ -25,11 +42,16 @@ mkdir -p "$build"
   exit 1
 }
 
-findings=$build/findings
+findings=$build/findings$planted
+# What was planted is no finding that anyone looks for.
+[ -z "$planted" ] || rm -rf "$build/corpus$planted" "$findings"
 mkdir -p "$findings"
-status=0
-for target in "$@"; do
-  corpus=$build/corpus/$target
+
+# Runs one target and leaves what is to be printed in its .result, the first word of which is the
+# verdict.
+fuzz() {
+  target=$1
+  corpus=$build/corpus$planted/$target
   seeds=$build/seeds/$target
   mkdir -p "$corpus" "$seeds"
   case $target in
@@ -48,20 +70,50 @@ for target in "$@"; do
     paths) length=256 ;;
     *) length=4096 ;;
   esac
-  log=$build/$target.log
+  log=$build/$target$planted.log
   dictionary=
   [ ! -f "tests/fuzz/$target.dict" ] || dictionary=-dict=tests/fuzz/$target.dict
-  result=ok
-  "$build/tests/fuzz/fuzz-$target" -max_total_time="$seconds" -timeout=10 -rss_limit_mb=2048 \
-    -max_len="$length" -print_final_stats=1 -artifact_prefix="$findings/$target-" $dictionary \
-    "$corpus" "$seeds" >"$log" 2>&1 || result=FAILED
+  # One run for a planted fault is much like another, so that finding it is no luck.
+  seed=0
+  [ -z "$planted" ] || seed=1
+  # An input counts as a hang after half a minute, which a busy machine does not make of one.
+  status=0
+  "$build/tests/fuzz/fuzz-$target" -max_total_time="$seconds" -timeout=30 -rss_limit_mb=2048 \
+    -seed="$seed" -max_len="$length" -print_final_stats=1 -artifact_prefix="$findings/$target-" $dictionary \
+    "$corpus" "$seeds" >"$log" 2>&1 || status=$?
   executions=$(sed -n 's/^stat::number_of_executed_units: *//p' "$log")
   found=$(find "$findings" -name "$target-*" -newer "$build/build.log" | wc -l)
-  [ "$found" -eq 0 ] || result=FAILED
-  echo "$target: ${executions:-no} executions in $seconds s, $found findings: $result"
-  [ "$result" = ok ] || {
-    tail -n 40 "$log"
-    status=1
-  }
+  # A run that executed next to nothing has shown nothing.
+  if [ -n "$planted" ]; then
+    verdict=FAILED
+    [ "$status" -eq 0 ] || [ "$found" -eq 0 ] || verdict=ok
+    text="the planted fault found: $found"
+  else
+    verdict=ok
+    [ "$status" -eq 0 ] && [ "$found" -eq 0 ] && [ "${executions:-0}" -ge 100 ] || verdict=FAILED
+    text="$found findings"
+  fi
+  echo "$verdict $target: ${executions:-no} executions in at most $seconds s, $text" \
+    >"$build/$target.result"
+}
+
+status=0
+while [ $# -gt 0 ]; do
+  pair="$1 ${2-}"
+  shift
+  [ $# -eq 0 ] || shift
+  for target in $pair; do
+    rm -f "$build/$target.result"
+    fuzz "$target" &
+  done
+  wait
+  for target in $pair; do
+    read -r verdict text <"$build/$target.result" || verdict=FAILED
+    echo "$text: $verdict"
+    [ "$verdict" = ok ] || {
+      tail -n 40 "$build/$target$planted.log"
+      status=1
+    }
+  done
 done
 exit $status
