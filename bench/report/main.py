@@ -1,0 +1,82 @@
+"""usage: main.py [--quick] [--no-million] [--no-counts] [CASE...], called by bench/run."""
+
+import argparse
+import os
+import sys
+from concurrent.futures import ThreadPoolExecutor
+
+import goals
+import measure
+import table
+
+MEMORY_SIDES = ("ours", "hand", "sigc", "boost")
+
+
+def arguments():
+    parser = argparse.ArgumentParser(prog="bench/run")
+    parser.add_argument("case", nargs="*", type=int)
+    parser.add_argument("--quick", action="store_true")
+    parser.add_argument("--no-million", action="store_true")
+    parser.add_argument("--no-counts", action="store_true")
+    return parser.parse_args()
+
+
+def say(what):
+    print(what, file=sys.stderr, flush=True)
+
+
+def sides_of(row, known):
+    prefix = f"{row.case}/{row.key}/"
+    return [name[len(prefix):] for name in known if name.startswith(prefix)]
+
+
+def counted(rows, known):
+    """Instructions by subject; as many rows at a time as there are processors."""
+    batches = []
+    for row in rows:
+        if isinstance(row, goals.Flat):
+            sizes = [str(size) for size in row.sizes]
+            batches += [[f"{row.case}/{row.key}/{size}"] for size in reversed(sizes)]
+        elif isinstance(row, goals.Versus) and row.counted:
+            batches.append([f"{row.case}/{row.key}/{side}" for side in sides_of(row, known)])
+    found = {}
+    with ThreadPoolExecutor(os.cpu_count()) as pool:
+        for counts in pool.map(measure.counts, [b for b in batches if b]):
+            found.update(counts)
+    return found
+
+
+def lines_of(row, known, counts, options):
+    mine = {name.split("/")[2]: value for name, value in counts.items()
+            if name.startswith(f"{row.case}/{row.key}/")}
+    if isinstance(row, goals.Memory):
+        interfaces = 20000 if options.quick else 100000
+        return table.memory_lines(row, {side: measure.memory(side, row.profiles, interfaces)
+                                        for side in MEMORY_SIDES})
+    if isinstance(row, goals.Flat):
+        return table.flat_lines(row, mine)
+    repetitions, seconds = (3, 0.02) if options.quick else (9, 0.05)
+    times = measure.times(f"{row.case}/{row.key}", sides_of(row, known), repetitions, seconds)
+    return table.versus_lines(row, times, mine)
+
+
+def main():
+    options = arguments()
+    known = measure.subjects()
+    rows = [row for row in goals.ROWS if not options.case or row.case in options.case]
+    if options.quick or options.no_million:
+        rows = [row for row in rows if not getattr(row, "million", False)]
+    # Order: the times while nothing else runs; counts do not depend on what does.
+    counts = {}
+    if not options.no_counts:
+        say("instruction counts ...")
+        counts = counted(rows, known)
+    lines = []
+    for row in rows:
+        say(f"{row.case}: {row.title}")
+        lines += lines_of(row, known, counts, options)
+    print(table.text(lines), end="")
+
+
+if __name__ == "__main__":
+    main()

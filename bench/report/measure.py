@@ -1,0 +1,79 @@
+"""Runs the programs of build/bench and reads what they print."""
+
+import glob
+import json
+import os
+import re
+import subprocess
+import tempfile
+
+PROGRAMS = "build/bench/bench"
+BENCH = os.path.join(PROGRAMS, "linkflap_bench")
+
+
+class Sample:
+    """Repeated measurements of one thing."""
+
+    def __init__(self, values):
+        self.values = sorted(values)
+
+    def at(self, share):
+        """The value below which that share of all lies."""
+        place = share * (len(self.values) - 1)
+        low = int(place)
+        high = min(low + 1, len(self.values) - 1)
+        return self.values[low] + (place - low) * (self.values[high] - self.values[low])
+
+    @property
+    def median(self):
+        return self.at(0.5)
+
+
+def subjects():
+    """The names of all subjects, CASE/ROW/SIDE."""
+    listed = subprocess.run([BENCH, "--list"], check=True, capture_output=True, text=True)
+    return listed.stdout.split()
+
+
+def times(prefix, sides, repetitions, seconds):
+    """Nanoseconds of one operation of each side: a Sample each. The sides take turns, in random
+    order, in one process."""
+    names = "|".join(sides)  # plain words: nothing to escape
+    ran = subprocess.run(
+        [BENCH, f"--benchmark_filter=^{prefix}/({names})/manual_time$",
+         f"--benchmark_repetitions={repetitions}", f"--benchmark_min_time={seconds}",
+         "--benchmark_enable_random_interleaving=true", "--benchmark_format=json"],
+        check=True, stdout=subprocess.PIPE, stderr=subprocess.DEVNULL, text=True)
+    values = {}
+    for run in json.loads(ran.stdout)["benchmarks"]:
+        if run["run_type"] == "iteration":
+            side = run["run_name"].split("/")[2]
+            values.setdefault(side, []).append(run["operation"] * 1e9)
+    return {side: Sample(found) for side, found in values.items()}
+
+
+def counts(names):
+    """Instructions of one operation of each of these subjects, by callgrind."""
+    with tempfile.TemporaryDirectory() as folder:
+        ran = subprocess.run(
+            ["valgrind", "--tool=callgrind", "--instr-atstart=no",
+             f"--callgrind-out-file={folder}/out", BENCH, "--count", *names],
+            check=True, capture_output=True, text=True)
+        operations = dict(line.rsplit(" ", 1) for line in ran.stdout.splitlines())
+        totals = {}
+        for path in glob.glob(f"{folder}/out.*"):
+            with open(path, encoding="utf-8", errors="replace") as dump:
+                text = dump.read()
+            name = re.search(r"^desc: Trigger: Client Request: (.*)$", text, re.M)
+            total = re.search(r"^totals: (\d+)", text, re.M)
+            if name and total:
+                totals[name.group(1)] = int(total.group(1))
+    return {name: totals[name] / int(operations[name]) for name in names}
+
+
+def memory(side, profiles, interfaces):
+    """Bytes of one interface: allocated, resident."""
+    ran = subprocess.run([BENCH, "--memory", side, str(profiles), str(interfaces)], check=True,
+                         capture_output=True, text=True)
+    allocated, resident = ran.stdout.split()
+    return float(allocated), float(resident)
