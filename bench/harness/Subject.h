@@ -76,8 +76,16 @@ class Registry {
 
 // One for each file of cases.
 void addNotification(Registry& registry);
+void addAttachment(Registry& registry);
 void addFlaps(Registry& registry);
+void addErrDisables(Registry& registry);
+void addAgeing(Registry& registry);
+void addAdmission(Registry& registry);
+void addConfiguration(Registry& registry);
+void addCollections(Registry& registry);
 void addPointers(Registry& registry);
 void addTracing(Registry& registry);
+void addDeferral(Registry& registry);
+void addProperties(Registry& registry);
 
 }  // namespace Bench

@@ -21,9 +21,17 @@ using namespace Bench;
 Registry allSubjects() {
   Registry registry;
   addNotification(registry);
+  addAttachment(registry);
   addFlaps(registry);
+  addErrDisables(registry);
+  addAgeing(registry);
+  addAdmission(registry);
+  addConfiguration(registry);
+  addCollections(registry);
   addPointers(registry);
   addTracing(registry);
+  addDeferral(registry);
+  addProperties(registry);
   return registry;
 }
 

@@ -1,0 +1,81 @@
+#include <asio/io_context.hpp>
+#include <asio/post.hpp>
+
+#include "runtime/model/ErrdisableCauseStatus.h"
+#include "runtime/vek/Activity.h"
+#include "runtime/vek/Reactor.h"
+
+#include "bench/harness/Subject.h"
+
+// Case 15: 64 changes are told, each to a watcher of its own, whose handler waits for the event
+// loop; then all handlers run.
+
+namespace Bench {
+
+namespace {
+
+constexpr std::size_t kPending{64};
+
+struct Owner {
+  void handle(Tarn::IntfId /*id*/) { ++handled; }
+  std::size_t handled{0};
+};
+
+class Waiting final : public Vek::ActivityReactor<Waiting, Owner, Errdisable::CauseStatus> {
+ public:
+  using ActivityReactor::ActivityReactor;
+  void onIntfStatus(Tarn::IntfId id) override {
+    react(Errdisable::CauseStatus::intfStatusAttr, id, &Owner::handle);
+  }
+
+ private:
+  ~Waiting() override = default;
+};
+
+struct Ours {
+  Ours() {
+    activity->deferredIs(true);
+    for (std::size_t i = 0; i < kPending; ++i) {
+      objects.push_back(Vek::make<Errdisable::CauseStatus>());
+      objects.back()->intfStatusIs(id, 0);
+      reactors.push_back(Vek::make<Waiting>(activity, objects.back(), &owner));
+    }
+  }
+
+  Tarn::IntfId id{"Ethernet1"};
+  Owner owner;
+  double time{0};
+  Vek::Ptr<Vek::ActivityConfig> activity{Vek::make<Vek::ActivityConfig>()};
+  Vek::Ptr<Vek::ActivitySm> loop{Vek::vekActivitySmFor(activity)};
+  std::vector<Vek::Ptr<Errdisable::CauseStatus>> objects;
+  std::vector<Vek::Ptr<Waiting>> reactors;
+};
+
+/// One thread uses the context, and it is told so.
+struct Asio {
+  asio::io_context context{1};
+  Owner owner;
+};
+
+}  // namespace
+
+void addDeferral(Registry& registry) {
+  registry.add("15/deferred/ours", [] {
+    return subject(kPending, std::make_unique<Ours>(), [](Ours& state) {
+      ++state.time;
+      for (auto const& object : state.objects)
+        object->intfStatusIs(state.id, state.time);
+      state.loop->deliver();
+    });
+  });
+  registry.add("15/deferred/asio", [] {
+    return subject(kPending, std::make_unique<Asio>(), [](Asio& state) {
+      for (std::size_t i = 0; i < kPending; ++i)
+        asio::post(state.context, [&owner = state.owner] { ++owner.handled; });
+      state.context.restart();
+      state.context.poll();
+    });
+  });
+}
+
+}  // namespace Bench
