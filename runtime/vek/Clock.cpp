@@ -43,9 +43,9 @@ double monotonicSeconds() {
 double now() noexcept {
   Clock& c = clock();
   double const time = c.source ? reading(c.source) : monotonicSeconds();
-  // Written so that a reading that is not a number is held as well; a run that begins with one
-  // begins at 0.
-  if (time >= c.last) {
+  // An infinite reading would hold the clock for ever, and nothing that is no number has an age:
+  // both are held like a step back. A run that begins with one begins at 0.
+  if (time >= c.last && time <= std::numeric_limits<double>::max()) {
     c.last = time;
   } else if (c.last == kNever) {
     c.last = 0;

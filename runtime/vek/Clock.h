@@ -5,8 +5,8 @@
 namespace Vek {
 
 /// The time in seconds on the host's monotonic clock, from an origin that is fixed for the run.
-/// Never goes backward: a source that steps back (or yields no number, or throws) is held at the
-/// last time.
+/// Always finite, and never goes backward: a source that steps back (or yields an infinite time or
+/// no number, or throws) is held at the last time.
 /// Thread: the activity's.
 double now() noexcept;
 

@@ -7,6 +7,7 @@
 namespace {
 
 constexpr double kNan{std::numeric_limits<double>::quiet_NaN()};
+constexpr double kInfinity{std::numeric_limits<double>::infinity()};
 
 /// Lets the clock say these times, one for each reading, while it lives.
 class Says {
@@ -63,6 +64,37 @@ TEST(Now, HoldsASourceThatYieldsNoNumber) {
   EXPECT_EQ(Vek::now(), 3);
   EXPECT_EQ(Vek::now(), 3);
   EXPECT_EQ(Vek::now(), 4);
+}
+
+TEST(Now, HoldsASourceThatYieldsInfinity) {
+  Says const source{{3, kInfinity, 4, -kInfinity, 4.5}};
+  EXPECT_EQ(Vek::now(), 3);
+  EXPECT_EQ(Vek::now(), 3);
+  EXPECT_EQ(Vek::now(), 4) << "one infinite reading must not hold the clock for ever";
+  EXPECT_EQ(Vek::now(), 4);
+  EXPECT_EQ(Vek::now(), 4.5);
+}
+
+TEST(Now, IsZeroWhileThereWasNoFiniteTimeYet) {
+  for (double const first : {kInfinity, -kInfinity}) {
+    Says const source{{first, -1, kInfinity, 5}};
+    EXPECT_EQ(Vek::now(), 0);
+    EXPECT_EQ(Vek::now(), 0);
+    EXPECT_EQ(Vek::now(), 0);
+    EXPECT_EQ(Vek::now(), 5);
+  }
+}
+
+TEST(Now, FollowsASourceThatLeaps) {
+  constexpr double kYear{365.0 * 86400};
+  constexpr double kGreatest{std::numeric_limits<double>::max()};
+  Says const source{{1, 1 + kYear, 2, kGreatest, 3, kInfinity}};
+  EXPECT_EQ(Vek::now(), 1);
+  EXPECT_EQ(Vek::now(), 1 + kYear);
+  EXPECT_EQ(Vek::now(), 1 + kYear);
+  EXPECT_EQ(Vek::now(), kGreatest);
+  EXPECT_EQ(Vek::now(), kGreatest);
+  EXPECT_EQ(Vek::now(), kGreatest);
 }
 
 TEST(Now, IsZeroWhileThereWasNoNumberYet) {
