@@ -1,18 +1,107 @@
 #pragma once
 
 #include <cstdint>
+#include <limits>
 
 #include "runtime/model/ErrdisableCauseStatus.h"
 
 #include "statemachines/LinkFlapProfileSm.h"
+#include "statemachines/SourcePoints.h"
+
+// The counting of one flap, for the two who count: `evaluateErrDisable` and, on every flap,
+// `handleLinkStatus`. Internal: not installed.
 
 namespace LinkFlap {
 
-/// `evaluateErrDisable` for a caller that must not fail halfway: `room`, unless it is empty, is what
-/// a record of the machine's interface needs, and then nothing is thrown. An err-disable takes it.
-bool evaluateErrDisable(Vek::Ptr<LinkFlapProfileSm> profileSm, double flapTime,
-                        double firstFlapTime, std::uint32_t maxFlaps, double interval,
-                        std::uint32_t violations, std::uint32_t trackedIntervals,
-                        Errdisable::CauseStatus::Room& room);
+/// The limits against which a flap is counted; see `evaluateErrDisable`.
+struct ProfileValues {
+  std::uint32_t maxFlaps;
+  double interval;  ///< whole seconds
+  std::uint32_t violations;
+  std::uint32_t trackedIntervals;
+};
+
+/// The counters of a profile machine, to go back to when a flap cannot be counted after all.
+struct Counters {
+  explicit Counters(LinkFlapProfileSm const& sm) noexcept
+      : flaps{sm.curFlaps()}, intervals{sm.curIntervals()}, violations{sm.curViolations()} {}
+  void restore(LinkFlapProfileSm& sm) const noexcept {
+    sm.curFlapsIs(flaps);
+    sm.curIntervalsIs(intervals);
+    sm.curViolationsIs(violations);
+  }
+
+  std::uint32_t flaps;
+  std::uint32_t intervals;
+  std::uint32_t violations;
+};
+
+/// What the record of an err-disable of this machine's interface needs memory for. Throws
+/// `std::bad_alloc`.
+inline Errdisable::CauseStatus::Room recordRoom(LinkFlapProfileSm const& sm) {
+  return Errdisable::CauseStatus::intfStatusRoom(sm.intfId());
+}
+
+/// Err-disables the interface: logs why, clears the history of every profile of the interface and
+/// writes the record, for which `room` is needed: from here on nothing fails. The machine may be
+/// gone when it returns.
+void declareErrDisable(LinkFlapProfileSm& sm, std::uint32_t maxFlaps,
+                       Errdisable::CauseStatus::Room room) noexcept;
+
+/// `value` truncated toward zero. Left open: what no unsigned number can hold becomes the nearest
+/// one that can, and not-a-number becomes 0, so that no conversion is undefined.
+inline std::uint64_t truncated(double value) {
+  constexpr double kTwoTo63{9223372036854775808.0};
+  if (!(value >= 1)) return 0;
+  // By way of the signed type, to which the processor converts in one step.
+  if (value < kTwoTo63) [[likely]]
+    return static_cast<std::uint64_t>(static_cast<std::int64_t>(value));
+  if (value >= 2 * kTwoTo63) return std::numeric_limits<std::uint64_t>::max();
+  return static_cast<std::uint64_t>(value);
+}
+
+/// The interval of a profile, counted from 0, in which a flap falls.
+///
+/// Deliberate: the age is truncated to whole seconds before it is divided, so with a 5 s interval
+/// a flap 4.99 s after the first falls in interval 0, one 5.0 s after it in interval 1.
+/// Left open: with an interval below 1, or not a number, every flap falls in interval 0.
+inline std::uint64_t intervalOf(double flapTime, double firstFlapTime, double interval) {
+  double const age = flapTime - firstFlapTime;
+  // Most flaps are younger than an interval, and need no division. An interval below 1 and what is
+  // not a number end here as well.
+  if (!(interval >= 1) || !(age >= interval)) return 0;
+  // Truncating the age can make it less than an interval that is not whole.
+  return truncated(static_cast<double>(truncated(age)) / interval);
+}
+
+/// Counts one flap; the result says whether it err-disables the interface, which is then for the
+/// caller to declare. Calls nobody but the trace sink.
+inline bool countFlap(LinkFlapProfileSm& sm, double flapTime, double firstFlapTime,
+                      ProfileValues const& values) {
+  Trace::evaluateErrDisable(static_cast<void const*>(&sm), "::evaluateErrDisable");
+  std::uint64_t const intervalIndex = intervalOf(flapTime, firstFlapTime, values.interval);
+
+  // Deliberate: compared as 64-bit numbers, so an index of 2^32 or more always begins an interval.
+  if (intervalIndex == sm.curIntervals()) {
+    sm.curFlapsIs(sm.curFlaps() + 1);
+    Trace::evaluateErrDisableFlapCounted("curFlaps changed to: ", sm.curFlaps());
+  } else {
+    sm.curIntervalsIs(static_cast<std::uint32_t>(intervalIndex));
+    sm.curFlapsIs(1);
+    Trace::evaluateErrDisableNewInterval("curFlaps set to 1 : ", sm.curFlaps());
+  }
+  Trace::evaluateErrDisableLimit("curFlaps: ", sm.curFlaps(), " macFlapsConfig: ", values.maxFlaps);
+
+  // Deliberate: equality, in 32 bits. Only the flap that first exceeds the limit within an interval
+  // is a violation; those that follow it there add nothing.
+  if (sm.curFlaps() != values.maxFlaps + 1) return false;
+  sm.curViolationsIs(sm.curViolations() + 1);
+
+  // Deliberate: the count is not taken back when a test fails. Once it has passed `violations`, no
+  // flap err-disables until something starts the counting anew.
+  if (sm.curViolations() != values.violations) return false;
+  // Deliberate: intervals 0 to `trackedIntervals` inclusive, which is one more than the name says.
+  return intervalIndex <= values.trackedIntervals;
+}
 
 }  // namespace LinkFlap

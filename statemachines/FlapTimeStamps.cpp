@@ -35,8 +35,7 @@ void LinkFlapProfileSm::linkFlapTimeStampDel(LinkFlapTimeStampQueue::Iterator& p
 }
 
 void LinkFlapProfileSm::linkFlapTimeStampDelAll() {
-  for (auto entry = linkFlapTimeStamp_.iterator(); entry;)
-    linkFlapTimeStampDel(entry);
+  linkFlapTimeStamp_.clear();
 }
 
 /// Undoes the append that was the last change of the queue.

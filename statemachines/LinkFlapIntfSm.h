@@ -21,7 +21,7 @@ namespace LinkFlap {
 /// ProfileSelection.cpp (`manageProfileSm` and the collection).
 ///
 /// Ownership: belongs to the `linkFlapIntfSm` collection of the top-level machine.
-class LinkFlapIntfSm final : public Vek::PtrInterface, public Vek::HashLink {
+class LinkFlapIntfSm final : public Machine, public Vek::HashLink {
  public:
   using Ptr = Vek::Ptr<LinkFlapIntfSm>;
   class _Type;
@@ -80,8 +80,6 @@ class LinkFlapIntfSm final : public Vek::PtrInterface, public Vek::HashLink {
   /// Whether the interface is watched for flaps. Setting it only stores it: `manageProfileSm` acts.
   bool enable() const noexcept { return enable_; }
   void enableIs(bool on) noexcept { enable_ = on; }
-  bool initialized() const noexcept { return initialized_; }
-  void initializedIs(bool on) noexcept { initialized_ = on; }
 
   /// The profile machines, by profile name.
   ProfileSms const& linkFlapProfileSm() const noexcept { return linkFlapProfileSm_; }
@@ -127,13 +125,12 @@ class LinkFlapIntfSm final : public Vek::PtrInterface, public Vek::HashLink {
   template <typename Visit>
   void forEachReactor(Visit visit);
 
+  bool enable_{false};  // first: it fills the gap behind the collection's link
   Vek::Ptr<Interface::EthPhyIntfStatus const> ethPhyIntfStatus_;
   Vek::Input<VekConfig> config_;
   Vek::Input<VekIntfConfig> intfConfig_;
   Vek::Ptr<Interface::EthPhyIntfConfig const> ethPhyIntfConfig_;
   Vek::Ptr<Errdisable::CauseStatus> causeStatus_;
-  bool enable_{false};
-  bool initialized_{false};
   ProfileSms linkFlapProfileSm_{Vek::kSizeHint};
 };
 

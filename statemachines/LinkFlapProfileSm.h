@@ -12,9 +12,13 @@
 #include "runtime/vek/LinkQueue.h"
 #include "runtime/vek/Reactor.h"
 
+#include "statemachines/Machine.h"
+
 namespace LinkFlap {
 
 class LinkFlapIntfSm;
+struct Counters;
+struct ProfileValues;
 
 /// Applies one link-flap profile to one interface: records the times of its flaps, counts flaps per
 /// interval and violations across intervals, and err-disables the interface.
@@ -25,7 +29,7 @@ class LinkFlapIntfSm;
 ///
 /// Ownership: belongs to the `linkFlapProfileSm` collection of its interface's machine; owns its
 /// queue of flap times; holds the state objects it reads by counted references.
-class LinkFlapProfileSm final : public Vek::PtrInterface, public Vek::HashLink {
+class LinkFlapProfileSm final : public Machine, public Vek::HashLink {
  public:
   using Ptr = Vek::Ptr<LinkFlapProfileSm>;
   class _Type;
@@ -97,8 +101,6 @@ class LinkFlapProfileSm final : public Vek::PtrInterface, public Vek::HashLink {
   /// Violations counted.
   std::uint32_t curViolations() const noexcept { return curViolations_; }
   void curViolationsIs(std::uint32_t violations) noexcept { curViolations_ = violations; }
-  bool initialized() const noexcept { return initialized_; }
-  void initializedIs(bool on) noexcept { initialized_ = on; }
 
   // The times of the flaps still tracked, oldest first, in seconds of `Vek::now()`; each entry is
   // addressed by an index that the queue assigns in increasing order and never starts anew.
@@ -150,7 +152,13 @@ class LinkFlapProfileSm final : public Vek::PtrInterface, public Vek::HashLink {
   void forEachReactor(Visit visit);
   void restartCounting();
   void linkFlapTimeStampTakeBack() noexcept;
+  ProfileValues profileValues() const;
+  void errDisable(Counters const& before, std::uint32_t maxFlaps,
+                  Errdisable::CauseStatus::Room room);
+  void countAndAge(double now, double firstFlapTime, double trackingWindow,
+                   ProfileValues const& values);
 
+  std::uint32_t curIntervals_{0};  // first: it fills the gap behind the collection's link
   Vek::String profileName_;
   Vek::Input<VekProfileConfig> profileConfig_;
   Vek::Ptr<Config const> config_;
@@ -158,10 +166,8 @@ class LinkFlapProfileSm final : public Vek::PtrInterface, public Vek::HashLink {
   Vek::Input<VekEthPhyIntfStatus> ethPhyIntfStatus_;
   Vek::Ptr<Errdisable::CauseStatus> causeStatus_;
   LinkFlapIntfSm* intfSm_;
-  std::uint32_t curIntervals_{0};
   std::uint32_t curFlaps_{0};
   std::uint32_t curViolations_{0};
-  bool initialized_{false};
   LinkFlapTimeStampQueue linkFlapTimeStamp_;
 };
 
@@ -173,6 +179,7 @@ class LinkFlapProfileSm::VekLinkFlapTimeStamp final : public Vek::LinkQueueEntry
   double time() const noexcept { return value(); }
 
  private:
+  friend LinkFlapTimeStampQueue;
   ~VekLinkFlapTimeStamp() override = default;
 };
 

@@ -26,7 +26,7 @@ namespace LinkFlap {
 /// (`handleIntf` and the collection), FanOut.cpp (the other three handlers).
 ///
 /// Ownership: belongs to a `Root`.
-class LinkFlapSm final : public Vek::PtrInterface {
+class LinkFlapSm final : public Machine {
  public:
   using Ptr = Vek::Ptr<LinkFlapSm>;
   class _Type;
@@ -94,8 +94,6 @@ class LinkFlapSm final : public Vek::PtrInterface {
 
   Vek::Ptr<Errdisable::CauseStatus> const& causeStatus() const noexcept { return causeStatus_; }
   Vek::String const& causeName() const noexcept { return causeName_; }
-  bool initialized() const noexcept { return initialized_; }
-  void initializedIs(bool on) noexcept { initialized_ = on; }
 
   /// The machines of the admitted interfaces.
   IntfSms const& linkFlapIntfSm() const noexcept { return linkFlapIntfSm_; }
@@ -151,7 +149,6 @@ class LinkFlapSm final : public Vek::PtrInterface {
   Vek::Ptr<Errdisable::CauseStatus> causeStatus_;
   Vek::String causeName_;
   IntfSms linkFlapIntfSm_{Vek::kSizeHint};
-  bool initialized_{false};
 };
 
 // The four reactors. All their unkeyed notifications stay empty on purpose: when several keys of

@@ -1,5 +1,6 @@
 #include <cmath>
 #include <cstdint>
+#include <utility>
 
 #include "runtime/vek/Clock.h"
 
@@ -11,34 +12,19 @@ namespace LinkFlap {
 
 namespace {
 
-/// The limits against which a flap is counted.
-struct ProfileValues {
-  std::uint32_t maxFlaps;
-  std::uint32_t interval;  ///< whole seconds
-  std::uint32_t violations;
-  std::uint32_t trackedIntervals;
-};
-
 /// `seconds` truncated toward zero, of which the low 32 bits are kept.
 ///
 /// Left open: below 1, negative or not a number gives 0, with which every flap falls in interval 0;
 /// so does an infinite interval.
-std::uint32_t wholeSeconds(double seconds) {
+double wholeSeconds(double seconds) {
   constexpr double kTwoTo32{4294967296.0};
-  if (!(seconds >= 1) || std::isinf(seconds)) return 0;
+  if (!(seconds >= 1)) return 0;
+  if (seconds < kTwoTo32) [[likely]]
+    return static_cast<double>(static_cast<std::int64_t>(seconds));
+  if (std::isinf(seconds)) return 0;
   // The remainder of a division by a power of two is exact, so this is the low 32 bits of the whole
   // number, however large.
-  return static_cast<std::uint32_t>(std::fmod(std::trunc(seconds), kTwoTo32));
-}
-
-ProfileValues profileValues(LinkFlapProfileSm const& sm) {
-  if (auto const profile = sm.profileConfig())
-    return {profile->maxFlaps(), wholeSeconds(profile->interval()), profile->violations(),
-            profile->trackedIntervals()};
-  // Deliberate: the global configuration knows no violations and no tracked intervals; without a
-  // profile of its own, one violation err-disables.
-  Config const& config = *sm.config();
-  return {config.maxFlaps(), wholeSeconds(config.interval()), 1, 1};
+  return std::fmod(std::trunc(seconds), kTwoTo32);
 }
 
 /// Whether a history of `flaps`, counted from the start, can err-disable: each violation takes one
@@ -50,52 +36,92 @@ bool canErrDisable(std::uint32_t flaps, ProfileValues const& values) {
 
 }  // namespace
 
+inline ProfileValues LinkFlapProfileSm::profileValues() const {
+  if (ProfileConfig const* const profile = profileConfig_.get())
+    return {profile->maxFlaps(), wholeSeconds(profile->interval()), profile->violations(),
+            profile->trackedIntervals()};
+  // Deliberate: the global configuration knows no violations and no tracked intervals; without a
+  // profile of its own, one violation err-disables.
+  Config const& config = *config_;
+  return {config.maxFlaps(), wholeSeconds(config.interval()), 1, 1};
+}
+
 void LinkFlapProfileSm::handleLinkStatus() {
   // Deliberate: the message names the handler differently from the trace point's function.
   Trace::handleLinkStatus(static_cast<void const*>(this), "::handleLinkStatusPerProfile(): ");
   Assert::handleLinkStatus(initialized());
-  if (ethPhyIntfStatus()->rawLinkStatus() != Interface::RawLinkStatus::up) return;
-  if (ethPhyIntfConfig()->phyConfigState() == Interface::PhyConfigState::inProgress) return;
+  if ((*ethPhyIntfStatus_).rawLinkStatus() != Interface::RawLinkStatus::up) return;
+  if (ethPhyIntfConfig_->phyConfigState() == Interface::PhyConfigState::inProgress) return;
 
-  ProfileValues const values = profileValues(*this);
-  auto const interval = static_cast<double>(values.interval);
+  ProfileValues const values = profileValues();
   double const now = Vek::now();
-  linkFlapTimeStampEnq(now);
-  double firstFlapTime = linkFlapTimeStamp_.head()->time();
+  linkFlapTimeStamp_.enq(now);
+  double const firstFlapTime = linkFlapTimeStamp_.headValue();
   // Deliberate: the product wraps at 2^32 before it becomes a time.
-  auto const trackingWindow = static_cast<double>(values.interval * values.trackedIntervals);
-  bool const ages = now - firstFlapTime > trackingWindow;
-  Errdisable::CauseStatus::Room room;
-  try {
-    // Order: the memory for a record comes before the ageing, which cannot be undone.
-    if (ages && canErrDisable(linkFlapTimeStamp_.count(), values))
-      room = Errdisable::CauseStatus::intfStatusRoom(intfId());
-    if (evaluateErrDisable(this, now, firstFlapTime, values.maxFlaps, interval, values.violations,
-                           values.trackedIntervals, room))
-      return;
-  } catch (...) {
-    // As if the link had not come up: the next flap finds what this one found.
-    linkFlapTimeStampTakeBack();
-    throw;
+  auto const trackingWindow =
+      static_cast<double>(static_cast<std::uint32_t>(values.interval) * values.trackedIntervals);
+  Counters const before{*this};
+  if (now - firstFlapTime > trackingWindow) [[unlikely]] {
+    countAndAge(now, firstFlapTime, trackingWindow, values);
+  } else if (countFlap(*this, now, firstFlapTime, values)) {
+    errDisable(before, values.maxFlaps, {});
   }
-  if (!ages) return;
+}
 
-  // The history reaches past the window: drop what is too old and count the rest from the start.
+/// The newest flap err-disables. Order: the memory for the record (`room`, unless it is there
+/// already) comes first; without it, it is as if the link had not come up, and the next flap finds
+/// what this one found. `before`: what the counters were then.
+void LinkFlapProfileSm::errDisable(Counters const& before, std::uint32_t maxFlaps,
+                                   Errdisable::CauseStatus::Room room) {
+  if (!room) {
+    try {
+      room = recordRoom(*this);
+    } catch (...) {
+      before.restore(*this);
+      linkFlapTimeStampTakeBack();
+      throw;
+    }
+  }
+  declareErrDisable(*this, maxFlaps, std::move(room));
+}
+
+/// The history reaches past the window: counts the newest flap against it all the same, then drops
+/// what is too old and counts the rest from the start.
+void LinkFlapProfileSm::countAndAge(double now, double firstFlapTime, double trackingWindow,
+                                    ProfileValues const& values) {
+  Errdisable::CauseStatus::Room room;
+  if (canErrDisable(linkFlapTimeStamp_.count(), values)) {
+    // Order: the memory for a record comes before the ageing, which cannot be undone.
+    try {
+      room = recordRoom(*this);
+    } catch (...) {
+      linkFlapTimeStampTakeBack();
+      throw;
+    }
+  }
+  Counters const before{*this};
+  if (countFlap(*this, now, firstFlapTime, values)) {
+    errDisable(before, values.maxFlaps, std::move(room));
+    return;
+  }
+
   curFlapsIs(0);
   curIntervalsIs(0);
   curViolationsIs(0);
-  for (auto oldest = linkFlapTimeStamp_.iterator();
-       oldest && now - oldest->time() > trackingWindow;)
-    linkFlapTimeStampDel(oldest);
+  // The flap that was just added is 0 s old and stays.
+  while (now - linkFlapTimeStamp_.headValue() > trackingWindow)
+    (void)linkFlapTimeStamp_.deq();
 
   // Deliberate: the newest flap is evaluated a second time; the first time it was held against a
   // stale history.
   auto flap = linkFlapTimeStamp_.iterator();
-  firstFlapTime = flap->time();
-  for (; flap; ++flap)
-    if (evaluateErrDisable(this, flap->time(), firstFlapTime, values.maxFlaps, interval,
-                           values.violations, values.trackedIntervals, room))
-      return;
+  double const newHead = flap->time();
+  for (; flap; ++flap) {
+    if (!countFlap(*this, flap->time(), newHead, values)) continue;
+    if (!room) room = recordRoom(*this);
+    declareErrDisable(*this, values.maxFlaps, std::move(room));
+    return;
+  }
 }
 
 }  // namespace LinkFlap

@@ -43,13 +43,13 @@ class AllEthPhyIntfConfigDir final : public Vek::State<AllEthPhyIntfConfigDir> {
   using State::State;
 
   Vek::Collection<Tarn::IntfId, Vek::Ptr<EthPhyIntfConfig const>> const& intfConfig() const {
-    return members(intfConfigAttr);
+    return members<intfConfigAttr>();
   }
   Vek::Ptr<EthPhyIntfConfig const> intfConfig(Tarn::IntfId const& id) const {
-    return member(intfConfigAttr, id);
+    return member<intfConfigAttr>(id);
   }
   void intfConfigIs(Tarn::IntfId const& id, Vek::Ptr<EthPhyIntfConfig const> config) {
-    memberIs(intfConfigAttr, id, std::move(config));
+    memberIs<intfConfigAttr>(id, std::move(config));
   }
   /// Makes a new object a member and returns it.
   Vek::Ptr<EthPhyIntfConfig> newIntfConfig(Tarn::IntfId const& id) {
@@ -57,7 +57,7 @@ class AllEthPhyIntfConfigDir final : public Vek::State<AllEthPhyIntfConfigDir> {
     intfConfigIs(id, config);
     return config;
   }
-  void intfConfigDel(Tarn::IntfId const& id) { memberDel(intfConfigAttr, id); }
+  void intfConfigDel(Tarn::IntfId const& id) { memberDel<intfConfigAttr>(id); }
 };
 
 template <typename W>

@@ -43,13 +43,13 @@ class AllEthPhyIntfStatusDir final : public Vek::State<AllEthPhyIntfStatusDir> {
   using State::State;
 
   Vek::Collection<Tarn::IntfId, Vek::Ptr<EthPhyIntfStatus const>> const& intfStatus() const {
-    return members(intfStatusAttr);
+    return members<intfStatusAttr>();
   }
   Vek::Ptr<EthPhyIntfStatus const> intfStatus(Tarn::IntfId const& id) const {
-    return member(intfStatusAttr, id);
+    return member<intfStatusAttr>(id);
   }
   void intfStatusIs(Tarn::IntfId const& id, Vek::Ptr<EthPhyIntfStatus const> status) {
-    memberIs(intfStatusAttr, id, std::move(status));
+    memberIs<intfStatusAttr>(id, std::move(status));
   }
   /// Makes a new object a member and returns it.
   Vek::Ptr<EthPhyIntfStatus> newIntfStatus(Tarn::IntfId const& id) {
@@ -57,7 +57,7 @@ class AllEthPhyIntfStatusDir final : public Vek::State<AllEthPhyIntfStatusDir> {
     intfStatusIs(id, status);
     return status;
   }
-  void intfStatusDel(Tarn::IntfId const& id) { memberDel(intfStatusAttr, id); }
+  void intfStatusDel(Tarn::IntfId const& id) { memberDel<intfStatusAttr>(id); }
 };
 
 template <typename W>

@@ -43,19 +43,19 @@ class CauseStatus final : public Vek::State<CauseStatus> {
   /// The interfaces that are err-disabled for this cause, each with the time of `Vek::now()` at
   /// which it was, in seconds.
   Vek::Collection<Tarn::IntfId, double> const& intfStatus() const {
-    return members(intfStatusAttr);
+    return members<intfStatusAttr>();
   }
   /// That time; 0 for an interface without a record, which `intfStatus().has(id)` tells apart.
-  double intfStatus(Tarn::IntfId const& id) const { return member(intfStatusAttr, id); }
-  void intfStatusIs(Tarn::IntfId id, double const& time) { memberIs(intfStatusAttr, id, time); }
+  double intfStatus(Tarn::IntfId const& id) const { return member<intfStatusAttr>(id); }
+  void intfStatusIs(Tarn::IntfId id, double const& time) { memberIs<intfStatusAttr>(id, time); }
   /// What writing a record for `id` needs memory for. Nobody can see it; dropped, it is void.
   using Room = Vek::Ptr<Vek::CollectionMember<Tarn::IntfId, double>>;
-  static Room intfStatusRoom(Tarn::IntfId id) { return memberRoom(intfStatusAttr, std::move(id)); }
+  static Room intfStatusRoom(Tarn::IntfId id) { return memberRoom<intfStatusAttr>(std::move(id)); }
   /// As above, for the interface of `room`; throws nothing.
-  void intfStatusIs(Room room, double const& time) noexcept {
-    memberIs(intfStatusAttr, std::move(room), time);
+  void intfStatusRoomIs(Room room, double const& time) noexcept {
+    memberIs<intfStatusAttr>(std::move(room), time);
   }
-  void intfStatusDel(Tarn::IntfId id) { memberDel(intfStatusAttr, id); }
+  void intfStatusDel(Tarn::IntfId id) { memberDel<intfStatusAttr>(id); }
 };
 
 template <typename W>

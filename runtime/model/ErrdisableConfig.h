@@ -49,28 +49,28 @@ class Config final : public Vek::State<Config> {
   using State::State;
 
   /// The causes that are switched off, by name; an absent cause reads as false.
-  Vek::Collection<Vek::String, bool> const& disabled() const { return members(disabledAttr); }
-  bool disabled(Vek::String const& cause) const { return member(disabledAttr, cause); }
-  void disabledIs(Vek::String const& cause, bool off) { memberIs(disabledAttr, cause, off); }
-  void disabledDel(Vek::String const& cause) { memberDel(disabledAttr, cause); }
+  Vek::Collection<Vek::String, bool> const& disabled() const { return members<disabledAttr>(); }
+  bool disabled(Vek::String const& cause) const { return member<disabledAttr>(cause); }
+  void disabledIs(Vek::String const& cause, bool off) { memberIs<disabledAttr>(cause, off); }
+  void disabledDel(Vek::String const& cause) { memberDel<disabledAttr>(cause); }
 
   /// The causes whose interfaces recover by themselves. Not read by the link-flap library.
   Vek::Collection<Vek::String, bool> const& timerRecoveryEnabled() const {
-    return members(timerRecoveryEnabledAttr);
+    return members<timerRecoveryEnabledAttr>();
   }
   bool timerRecoveryEnabled(Vek::String const& cause) const {
-    return member(timerRecoveryEnabledAttr, cause);
+    return member<timerRecoveryEnabledAttr>(cause);
   }
   void timerRecoveryEnabledIs(Vek::String const& cause, bool on) {
-    memberIs(timerRecoveryEnabledAttr, cause, on);
+    memberIs<timerRecoveryEnabledAttr>(cause, on);
   }
   void timerRecoveryEnabledDel(Vek::String const& cause) {
-    memberDel(timerRecoveryEnabledAttr, cause);
+    memberDel<timerRecoveryEnabledAttr>(cause);
   }
 
   /// After how many seconds they do. Not read by the link-flap library.
-  double recoveryInterval() const { return get(recoveryIntervalAttr); }
-  void recoveryIntervalIs(double seconds) { set(recoveryIntervalAttr, seconds); }
+  double recoveryInterval() const { return get<recoveryIntervalAttr>(); }
+  void recoveryIntervalIs(double seconds) { set<recoveryIntervalAttr>(seconds); }
 };
 
 template <typename W>

@@ -56,8 +56,8 @@ class EthPhyIntfConfig final : public Vek::State<EthPhyIntfConfig> {
 
   Vek::VekType const* fwkType() const override;
 
-  PhyConfigState phyConfigState() const { return get(phyConfigStateAttr); }
-  void phyConfigStateIs(PhyConfigState state) { set(phyConfigStateAttr, state); }
+  PhyConfigState phyConfigState() const { return get<phyConfigStateAttr>(); }
+  void phyConfigStateIs(PhyConfigState state) { set<phyConfigStateAttr>(state); }
 };
 
 template <typename W>

@@ -56,8 +56,8 @@ class EthPhyIntfStatus final : public Vek::State<EthPhyIntfStatus> {
 
   Vek::VekType const* fwkType() const override;
 
-  RawLinkStatus rawLinkStatus() const { return get(rawLinkStatusAttr); }
-  void rawLinkStatusIs(RawLinkStatus status) { set(rawLinkStatusAttr, status); }
+  RawLinkStatus rawLinkStatus() const { return get<rawLinkStatusAttr>(); }
+  void rawLinkStatusIs(RawLinkStatus status) { set<rawLinkStatusAttr>(status); }
 };
 
 template <typename W>

@@ -61,22 +61,22 @@ class Config final : public Vek::State<Config> {
   using State::State;
 
   /// Flaps allowed in one interval, for every profile machine that has no ProfileConfig.
-  unsigned maxFlaps() const { return get(maxFlapsAttr); }
-  void maxFlapsIs(unsigned flaps) { set(maxFlapsAttr, flaps); }
+  unsigned maxFlaps() const { return get<maxFlapsAttr>(); }
+  void maxFlapsIs(unsigned flaps) { set<maxFlapsAttr>(flaps); }
 
   /// Length of that interval, seconds; truncated to whole seconds where it is used.
-  double interval() const { return get(intervalAttr); }
-  void intervalIs(double seconds) { set(intervalAttr, seconds); }
+  double interval() const { return get<intervalAttr>(); }
+  void intervalIs(double seconds) { set<intervalAttr>(seconds); }
 
   /// The interfaces' own settings; an interface that has none is monitored all the same.
   Vek::Collection<Tarn::IntfId, Vek::Ptr<IntfConfig const>> const& intfConfig() const {
-    return members(intfConfigAttr);
+    return members<intfConfigAttr>();
   }
   Vek::Ptr<IntfConfig const> intfConfig(Tarn::IntfId const& id) const {
-    return member(intfConfigAttr, id);
+    return member<intfConfigAttr>(id);
   }
   void intfConfigIs(Tarn::IntfId const& id, Vek::Ptr<IntfConfig const> config) {
-    memberIs(intfConfigAttr, id, std::move(config));
+    memberIs<intfConfigAttr>(id, std::move(config));
   }
   /// Makes a new object a member and returns it; its values can be set afterwards.
   Vek::Ptr<IntfConfig> newIntfConfig(Tarn::IntfId const& id) {
@@ -84,17 +84,17 @@ class Config final : public Vek::State<Config> {
     intfConfigIs(id, config);
     return config;
   }
-  void intfConfigDel(Tarn::IntfId const& id) { memberDel(intfConfigAttr, id); }
+  void intfConfigDel(Tarn::IntfId const& id) { memberDel<intfConfigAttr>(id); }
 
   /// The named profiles.
   Vek::Collection<Vek::String, Vek::Ptr<ProfileConfig const>> const& profileConfig() const {
-    return members(profileConfigAttr);
+    return members<profileConfigAttr>();
   }
   Vek::Ptr<ProfileConfig const> profileConfig(Vek::String const& name) const {
-    return member(profileConfigAttr, name);
+    return member<profileConfigAttr>(name);
   }
   void profileConfigIs(Vek::String const& name, Vek::Ptr<ProfileConfig const> config) {
-    memberIs(profileConfigAttr, name, std::move(config));
+    memberIs<profileConfigAttr>(name, std::move(config));
   }
   /// Makes a new object a member and returns it; its values can be set afterwards.
   Vek::Ptr<ProfileConfig> newProfileConfig(Vek::String const& name) {
@@ -102,19 +102,19 @@ class Config final : public Vek::State<Config> {
     profileConfigIs(name, config);
     return config;
   }
-  void profileConfigDel(Vek::String const& name) { memberDel(profileConfigAttr, name); }
+  void profileConfigDel(Vek::String const& name) { memberDel<profileConfigAttr>(name); }
 
   /// Profiles of interfaces that list none themselves; an absent name reads as false.
   Vek::Collection<Vek::String, bool> const& defaultProfileList() const {
-    return members(defaultProfileListAttr);
+    return members<defaultProfileListAttr>();
   }
   bool defaultProfileList(Vek::String const& name) const {
-    return member(defaultProfileListAttr, name);
+    return member<defaultProfileListAttr>(name);
   }
   void defaultProfileListIs(Vek::String const& name, bool on) {
-    memberIs(defaultProfileListAttr, name, on);
+    memberIs<defaultProfileListAttr>(name, on);
   }
-  void defaultProfileListDel(Vek::String const& name) { memberDel(defaultProfileListAttr, name); }
+  void defaultProfileListDel(Vek::String const& name) { memberDel<defaultProfileListAttr>(name); }
 };
 
 template <typename W>

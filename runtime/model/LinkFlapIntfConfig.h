@@ -43,15 +43,17 @@ class IntfConfig final : public Vek::State<IntfConfig> {
   using State::State;
 
   /// Whether the interface is monitored; false until set.
-  bool enabled() const { return get(enabledAttr); }
-  void enabledIs(bool on) { set(enabledAttr, on); }
+  bool enabled() const { return get<enabledAttr>(); }
+  void enabledIs(bool on) { set<enabledAttr>(on); }
 
   /// The profiles selected for this interface. That a name is a member selects it; its value false
   /// keeps its machine from being kept.
-  Vek::Collection<Vek::String, bool> const& profileList() const { return members(profileListAttr); }
-  bool profileList(Vek::String const& name) const { return member(profileListAttr, name); }
-  void profileListIs(Vek::String const& name, bool on) { memberIs(profileListAttr, name, on); }
-  void profileListDel(Vek::String const& name) { memberDel(profileListAttr, name); }
+  Vek::Collection<Vek::String, bool> const& profileList() const {
+    return members<profileListAttr>();
+  }
+  bool profileList(Vek::String const& name) const { return member<profileListAttr>(name); }
+  void profileListIs(Vek::String const& name, bool on) { memberIs<profileListAttr>(name, on); }
+  void profileListDel(Vek::String const& name) { memberDel<profileListAttr>(name); }
 };
 
 template <typename W>

@@ -49,20 +49,20 @@ class ProfileConfig final : public Vek::State<ProfileConfig> {
   using State::State;
 
   /// Flaps allowed in one interval; the next one is a violation.
-  unsigned maxFlaps() const { return get(maxFlapsAttr); }
-  void maxFlapsIs(unsigned flaps) { set(maxFlapsAttr, flaps); }
+  unsigned maxFlaps() const { return get<maxFlapsAttr>(); }
+  void maxFlapsIs(unsigned flaps) { set<maxFlapsAttr>(flaps); }
 
   /// Length of one interval, seconds; truncated to whole seconds where it is used.
-  double interval() const { return get(intervalAttr); }
-  void intervalIs(double seconds) { set(intervalAttr, seconds); }
+  double interval() const { return get<intervalAttr>(); }
+  void intervalIs(double seconds) { set<intervalAttr>(seconds); }
 
   /// Violations that err-disable the interface.
-  unsigned violations() const { return get(violationsAttr); }
-  void violationsIs(unsigned count) { set(violationsAttr, count); }
+  unsigned violations() const { return get<violationsAttr>(); }
+  void violationsIs(unsigned count) { set<violationsAttr>(count); }
 
   /// Intervals over which violations are tracked.
-  unsigned trackedIntervals() const { return get(trackedIntervalsAttr); }
-  void trackedIntervalsIs(unsigned count) { set(trackedIntervalsAttr, count); }
+  unsigned trackedIntervals() const { return get<trackedIntervalsAttr>(); }
+  void trackedIntervalsIs(unsigned count) { set<trackedIntervalsAttr>(count); }
 };
 
 template <typename W>

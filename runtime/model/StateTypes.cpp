@@ -19,7 +19,7 @@ using Vek::ValueTraits;
 using Vek::VekAttr;
 
 template <typename T, std::size_t I>
-inline constexpr auto const& descriptor = std::get<I>(T::vekAttributes);
+inline constexpr auto descriptor = std::get<I>(T::vekAttributes);
 
 template <typename T, std::size_t I, typename Owner, typename V, typename Watcher>
 void define(Vek::TypeDefinition<T>& definition, Vek::Scalar<Owner, V, Watcher> const& attribute) {
@@ -28,10 +28,10 @@ void define(Vek::TypeDefinition<T>& definition, Vek::Scalar<Owner, V, Watcher> c
   attr.notifying = true;
   attr.writeType = &ValueTraits<V>::type;
   attr.read = [](Vek::PtrInterface const& object) {
-    return Value{static_cast<T const&>(object).get(descriptor<T, I>)};
+    return Value{static_cast<T const&>(object).template get<descriptor<T, I>>()};
   };
   attr.write = [](Vek::PtrInterface& object, Value const& value) {
-    static_cast<T&>(object).set(descriptor<T, I>, value.as<V>());
+    static_cast<T&>(object).template set<descriptor<T, I>>(value.as<V>());
   };
 }
 
@@ -51,22 +51,22 @@ void define(Vek::TypeDefinition<T>& definition, Vek::Keyed<Owner, K, V, Watcher>
   attr.notifying = true;
   attr.writeType = &ValueTraits<V>::type;
   attr.size = [](Vek::PtrInterface const& object) {
-    return static_cast<T const&>(object).members(descriptor<T, I>).size();
+    return static_cast<T const&>(object).template members<descriptor<T, I>>().size();
   };
   attr.member = [](Vek::PtrInterface const& object, Value const& key) {
     V const* const member =
-        static_cast<T const&>(object).members(descriptor<T, I>).find(key.as<K>());
+        static_cast<T const&>(object).template members<descriptor<T, I>>().find(key.as<K>());
     return member == nullptr ? Value{} : Value{*member};
   };
   attr.memberWrite = [](Vek::PtrInterface& object, Value const& key, Value const& value) {
-    static_cast<T&>(object).memberIs(descriptor<T, I>, key.as<K>(), value.as<V>());
+    static_cast<T&>(object).template memberIs<descriptor<T, I>>(key.as<K>(), value.as<V>());
   };
   static constexpr auto remove = [](T& object, K const& key) {
-    object.memberDel(descriptor<T, I>, key);
+    object.template memberDel<descriptor<T, I>>(key);
   };
   attr.memberDel = [](Vek::PtrInterface& object, Value const& key) {
     auto& self = static_cast<T&>(object);
-    V const* const member = self.members(descriptor<T, I>).find(key.as<K>());
+    V const* const member = self.template members<descriptor<T, I>>().find(key.as<K>());
     Value removed = member == nullptr ? Value{} : Value{*member};
     remove(self, key.as<K>());
     return removed;
@@ -75,7 +75,7 @@ void define(Vek::TypeDefinition<T>& definition, Vek::Keyed<Owner, K, V, Watcher>
                     Value const* key) -> std::unique_ptr<Vek::AttributeIterator> {
     using Walk = Vek::detail::HashWalk<T, typename Vek::Collection<K, V>::Iterator, remove>;
     auto const& self = static_cast<T const&>(object);
-    auto const& members = self.members(descriptor<T, I>);
+    auto const& members = self.template members<descriptor<T, I>>();
     return std::make_unique<Vek::AttributeWalk<T, Walk>>(
         Vek::Ptr<T const>{&self},
         Walk{key == nullptr ? members.begin() : members.from(key->as<K>())});

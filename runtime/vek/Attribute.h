@@ -13,6 +13,8 @@ namespace Vek {
 /// Describes one plain attribute of a state type: everything the runtime knows about it.
 template <typename Owner, typename Value, typename Watcher>
 struct Scalar {
+  using ValueType = Value;
+  using WatcherType = Watcher;
   AttributeId id;
   std::string_view name;
   Value Owner::*member;
@@ -31,6 +33,9 @@ struct Derived {
 /// Describes one keyed attribute of a state type.
 template <typename Owner, typename Key, typename Value, typename Watcher>
 struct Keyed {
+  using KeyType = Key;
+  using ValueType = Value;
+  using WatcherType = Watcher;
   AttributeId id;
   std::string_view name;
   Collection<Key, Value> Owner::*members;
@@ -49,6 +54,10 @@ Derived(AttributeId, std::string_view, V (O::*)() const) -> Derived<O, V>;
 template <typename O, typename K, typename V, typename W>
 Keyed(AttributeId, std::string_view, Collection<K, V> O::*, std::type_identity_t<void (W::*)(K)>,
       std::type_identity_t<void (W::*)()>, void (W::*)()) -> Keyed<O, K, V, W>;
+
+/// The type of a described attribute.
+template <auto const& attribute>
+using AttributeType = std::remove_cvref_t<decltype(attribute)>;
 
 /// The bit of `attribute` if it is watched, else no bit.
 template <typename Attribute>

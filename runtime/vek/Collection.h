@@ -1,15 +1,19 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <utility>
 
 #include "runtime/vek/HashMap.h"
+#include "runtime/vek/Pool.h"
 
 namespace Vek {
 
 /// One member of a keyed attribute: its key and its value.
 template <typename Key, typename Value>
 class CollectionMember final : public HashLink {
+  static_assert(alignof(Key) <= Pool::kAlignment && alignof(Value) <= Pool::kAlignment);
+
  public:
   CollectionMember(Key key, Value value) : key_{std::move(key)}, value_{std::move(value)} {}
   CollectionMember(CollectionMember const&) = delete;
@@ -23,6 +27,11 @@ class CollectionMember final : public HashLink {
   void addReference() const noexcept { ++references_; }
   void dropReference() const noexcept {
     if (--references_ == 0) delete this;
+  }
+
+  static void* operator new(std::size_t size) { return Pool::allocate(size); }
+  static void operator delete(void* memory, std::size_t size) noexcept {
+    Pool::release(memory, size);
   }
 
  private:

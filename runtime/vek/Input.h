@@ -13,6 +13,17 @@ class Input {
   ReactorType* reactor() const noexcept { return reactor_.get(); }
   void reactorIs(Ptr<ReactorType> reactor) noexcept { reactor_ = std::move(reactor); }
 
+  /// The object watched, without a reference, or null.
+  auto const* get() const noexcept {
+    return reactor_ ? reactor_->watchedObject() : decltype(reactor_->watchedObject()){nullptr};
+  }
+  /// The same where one is required: without one the process ends.
+  auto const& operator*() const noexcept {
+    auto const* const object = get();
+    if (object == nullptr) [[unlikely]]
+      emptyPtrDereferenced();
+    return *object;
+  }
   /// The object watched, or an empty pointer.
   auto object() const { return reactor_ ? reactor_->watched() : decltype(reactor_->watched()){}; }
 

@@ -48,8 +48,8 @@ class LinkQueueEntry : public PtrInterface {
 /// appends, unless entries are made under indexes of the caller's (`newMember`);
 /// order and walks hold across the wrap.
 ///
-/// `Entry` derives from `LinkQueueEntry<Value>` and is made from (index, value). Ownership: the
-/// queue holds one reference on each entry.
+/// `Entry` derives from `LinkQueueEntry<Value>`, is final, is made from (index, value) and lets the
+/// queue destroy it (a friend). Ownership: the queue holds one reference on each entry.
 template <typename Entry, typename Index, typename Value>
 class LinkQueue {
   static_assert(std::is_same_v<Index, std::uint32_t>);
@@ -69,6 +69,8 @@ class LinkQueue {
   std::uint32_t count() const noexcept { return count_; }
   Entry* head() const noexcept { return static_cast<Entry*>(head_); }
   Entry* tail() const noexcept { return static_cast<Entry*>(tail_); }
+  /// The head's value, found without going to the head; a default value when the queue is empty.
+  Value const& headValue() const noexcept { return headValue_; }
 
   /// Appends a new entry at the tail. Throws `Vek::RangeException` ("linkqueue index space full")
   /// when the index after its own is the head's; `nextIndex` is then settled, nothing else changed.
@@ -77,11 +79,15 @@ class LinkQueue {
     if (tail_ != nullptr && tail_->index_ >= index) index = tail_->index_ + 1;
     metadata_.nextIndex = index;
     requireRoomFor(index);
-    linkAtTail(make<Entry>(index, value), index);
+    linkAtTail(make<Entry>(index, value).release(), index);
   }
 
   /// Removes the head and returns its value; a default value when the queue is empty.
-  Value deq() { return head_ == nullptr ? Value{} : unlink(nullptr, head_)->value_; }
+  Value deq() {
+    Value const value = headValue_;
+    if (head_ != nullptr) release(unlink(nullptr, head_));
+    return value;
+  }
 
   /// The entry of that index, or null.
   Entry* find(Index index) const noexcept {
@@ -97,6 +103,7 @@ class LinkQueue {
   void valueIs(Index index, Value const& value) {
     if (Entry* const entry = find(index)) {
       static_cast<Node*>(entry)->value_ = value;
+      if (entry == head_) headValue_ = value;
     } else {
       newMember(index, value);
     }
@@ -108,21 +115,21 @@ class LinkQueue {
   /// `Vek::NameInUseException` when there is an entry of that index.
   Ptr<Entry> newMember(Index index, Value const& value) {
     if (find(index) != nullptr) throwLinkQueueIndexInUse();
-    if (head_ == nullptr) return linkAtTail(make<Entry>(index, value), index);
+    if (head_ == nullptr) return counted(linkAtTail(make<Entry>(index, value).release(), index));
     Index const headIndex = head_->index_;
-    if (index - headIndex < tail_->index_ - headIndex) return linkInside(index, value);
+    if (index - headIndex < tail_->index_ - headIndex) return counted(linkInside(index, value));
     if (index == metadata_.nextIndex || index - tail_->index_ <= headIndex - index) {
       requireRoomFor(index);
-      return linkAtTail(make<Entry>(index, value), index);
+      return counted(linkAtTail(make<Entry>(index, value).release(), index));
     }
-    return linkAtHead(make<Entry>(index, value), index);
+    return counted(linkAtHead(make<Entry>(index, value).release(), index));
   }
 
   /// Removes the entry of that index and returns its value; a default value when there is none.
   Value del(Index index) {
     Node* before = nullptr;
     for (Node* entry = head_; entry != nullptr; before = std::exchange(entry, entry->next_))
-      if (entry->index_ == index) return unlink(before, entry)->value_;
+      if (entry->index_ == index) return taken(unlink(before, entry));
     return Value{};
   }
 
@@ -139,14 +146,14 @@ class LinkQueue {
       return;
     }
     Node* const following = entry->next_;
-    (void)unlink(before, entry);
+    release(unlink(before, entry));
     position.standOn(following);
   }
 
   /// Removes every entry, from head to tail.
   void clear() noexcept {
     while (head_ != nullptr)
-      (void)unlink(nullptr, head_);
+      release(unlink(nullptr, head_));
   }
 
   /// A walk from the head on, which goes on correctly when entries are removed or appended.
@@ -160,58 +167,58 @@ class LinkQueue {
       throwLinkQueueFull();
   }
 
-  Ptr<Entry> linkAtTail(Ptr<Entry> entry, Index index) noexcept {
-    Node* const node = entry.get();
-    node->addReference();  // the queue's own
-    node->vek_indexIs(index);
+  // The three below take over the first reference of `entry`, as the queue's own.
+
+  Node* linkAtTail(Node* entry, Index index) noexcept {
+    entry->vek_indexIs(index);
     if (head_ == nullptr) {
-      head_ = node;
+      head_ = entry;
+      headValue_ = entry->value_;
       metadata_.headIndex = index;
     } else {
-      tail_->next_ = node;
+      tail_->next_ = entry;
     }
-    tail_ = node;
+    tail_ = entry;
     metadata_.nextIndex = index + 1;
     ++version_;
     ++count_;
     return entry;
   }
 
-  Ptr<Entry> linkAtHead(Ptr<Entry> entry, Index index) noexcept {
-    Node* const node = entry.get();
-    node->addReference();
-    node->vek_indexIs(index);
-    node->next_ = head_;
-    head_ = node;
+  Node* linkAtHead(Node* entry, Index index) noexcept {
+    entry->vek_indexIs(index);
+    entry->next_ = head_;
+    head_ = entry;
+    headValue_ = entry->value_;
     metadata_.headIndex = index;
     ++version_;
     ++count_;
     return entry;
   }
 
-  Ptr<Entry> linkInside(Index index, Value const& value) {
-    Ptr<Entry> entry = make<Entry>(index, value);
-    Node* const node = entry.get();
+  Node* linkInside(Index index, Value const& value) {
+    Node* const entry = make<Entry>(index, value).release();
     Node* before = head_;
     while (before->next_->index_ - head_->index_ < index - head_->index_)
       before = before->next_;
-    node->addReference();
-    node->vek_indexIs(index);
-    node->next_ = before->next_;
-    before->next_ = node;
+    entry->vek_indexIs(index);
+    entry->next_ = before->next_;
+    before->next_ = entry;
     ++version_;
     ++count_;
     return entry;
   }
 
   /// `before`: the predecessor; null for the head. The queue's reference passes to the caller.
-  Ptr<Node> unlink(Node* before, Node* entry) noexcept {
+  Node* unlink(Node* before, Node* entry) noexcept {
     if (before == nullptr) {
       head_ = entry->next_;
       if (head_ == nullptr) {
         tail_ = nullptr;
+        headValue_ = Value{};
         metadata_.headIndex = metadata_.nextIndex;
       } else {
+        headValue_ = head_->value_;
         metadata_.headIndex = head_->index_;
         if (metadata_.nextIndex <= tail_->index_) metadata_.nextIndex = tail_->index_ + 1;
       }
@@ -222,7 +229,24 @@ class LinkQueue {
     entry->next_ = nullptr;
     ++version_;
     --count_;
-    return Ptr<Node>::adopt(entry);
+    return entry;
+  }
+
+  static Ptr<Entry> counted(Node* entry) noexcept { return Ptr<Entry>{static_cast<Entry*>(entry)}; }
+  static Value taken(Node* entry) noexcept {
+    Value const value = entry->value_;
+    release(entry);
+    return value;
+  }
+  /// Drops the queue's reference. `Entry` is final and has no hook for its last reference, so it is
+  /// destroyed without asking which type it is.
+  static void release(Node* entry) noexcept {
+    static_assert(std::is_final_v<Entry> &&
+                  std::is_same_v<decltype(&Entry::zeroReferencesIs), void (PtrInterface::*)(bool)>);
+    if (entry->isOnlyReference()) [[likely]]
+      delete static_cast<Entry*>(entry);
+    else
+      entry->dropReference();
   }
 
   LinkQueueMetadata metadata_;
@@ -230,6 +254,7 @@ class LinkQueue {
   std::uint32_t count_{0};
   Node* head_{nullptr};
   Node* tail_{nullptr};
+  Value headValue_{};  // here, because every append is followed by a look at it
 };
 
 /// A walk over a queue. It holds the entry it stands on, which stays valid after its removal.
@@ -245,7 +270,10 @@ class LinkQueue<Entry, Index, Value>::Iterator {
   /// Goes on to the first entry beyond the index of the one it stands on.
   Iterator& operator++() {
     if (!entry_) return *this;
-    standOn(version_ == queue_->version_ ? static_cast<Node*>(entry_.get())->next_ : following());
+    if (version_ == queue_->version_) [[likely]]
+      entry_ = Ptr<Entry>{static_cast<Entry*>(static_cast<Node*>(entry_.get())->next_)};
+    else
+      standOn(following());
     return *this;
   }
 

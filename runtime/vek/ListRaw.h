@@ -1,22 +1,12 @@
 #pragma once
 
-#include <atomic>
-#include <cstdint>
-#include <limits>
-
 namespace Vek {
 
 template <typename T>
 class SnapshotIterator;
 
-/// A plain list of objects that live elsewhere, in order of insertion: the watchers of an object.
-///
-/// Insertion and removal take constant time. A list is walked through a `SnapshotIterator`, which
-/// visits those who were in the list when it was made and still are when their turn comes.
-///
-/// `T` derives from `ListRaw<T>::Link`. Ownership: none; a member leaves the list before it goes.
-template <typename T>
-class ListRaw {
+/// The untyped part of `ListRaw`: what links, and what is under way.
+class ListRawGeneric {
  public:
   class Link {
    public:
@@ -29,25 +19,89 @@ class ListRaw {
     ~Link() = default;
 
    private:
-    friend class ListRaw;
-    friend class SnapshotIterator<T>;
+    friend class ListRawGeneric;
     Link* previous_{nullptr};  // of the first: the last; null outside of a list
     Link* next_{nullptr};      // of the last: null
-    std::uint64_t number_{0};  // later insertions, into whichever list, have greater numbers
   };
 
-  ListRaw() = default;
-  ListRaw(ListRaw const&) = delete;
-  ListRaw& operator=(ListRaw const&) = delete;
-  ~ListRaw() { clear(); }
+  ListRawGeneric(ListRawGeneric const&) = delete;
+  ListRawGeneric& operator=(ListRawGeneric const&) = delete;
 
   bool empty() const noexcept { return first_ == nullptr; }
-  T* front() const noexcept { return static_cast<T*>(first_); }
 
-  /// Appends `object`, which is in no list.
-  void append(T& object) noexcept {
-    Link& link = object;
-    link.number_ = nextNumber().fetch_add(1, std::memory_order_relaxed);
+  /// Takes out everything; walks under way end.
+  void clear() noexcept {
+    while (first_ != nullptr)
+      unlink(*first_);
+    for (Walk* walk = walks_; walk != nullptr; walk = walk->outer_)
+      if (walk->list_ == this) walk->list_ = nullptr;
+  }
+
+ protected:
+  /// A walk under way. It knows where the list ended when it began, and every removal tells it: so
+  /// it needs no copy of the list, and members need no mark of when they came.
+  class Walk {
+   public:
+    explicit Walk(ListRawGeneric& list) noexcept
+        : list_{&list},
+          next_{list.first_},
+          end_{list.first_ == nullptr ? nullptr : list.first_->previous_},
+          outer_{walks_} {
+      // The stack of walks knows this one while it lives, which g++ cannot see.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdangling-pointer"
+#endif
+      walks_ = this;
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic pop
+#endif
+    }
+    ~Walk() {
+      walks_ = outer_;
+    }
+    Walk(Walk const&) = delete;
+    Walk& operator=(Walk const&) = delete;
+
+    Link* advance() noexcept {
+      current_ = next_;
+      if (next_ != nullptr) next_ = next_ == end_ ? nullptr : next_->next_;
+      return current_;
+    }
+    Link* current() const noexcept {
+      return current_;
+    }
+    bool listGone() const noexcept {
+      return list_ == nullptr;
+    }
+
+   private:
+    friend class ListRawGeneric;
+
+    void leaves(Link const& link) noexcept {
+      if (current_ == &link) current_ = nullptr;
+      if (next_ == &link) next_ = end_ == &link ? nullptr : link.next_;
+      // Whatever was appended since stays behind the end.
+      if (end_ == &link) end_ = link.previous_;
+    }
+
+    ListRawGeneric const* list_;
+    Link* current_{nullptr};
+    Link* next_;
+    Link* end_;
+    Walk* outer_;
+  };
+
+  ListRawGeneric() = default;
+  ~ListRawGeneric() {
+    clear();
+  }
+
+  Link* first() const noexcept {
+    return first_;
+  }
+
+  void link(Link& link) noexcept {
     link.next_ = nullptr;
     if (first_ == nullptr) {
       link.previous_ = &link;
@@ -59,10 +113,8 @@ class ListRaw {
     }
   }
 
-  /// Takes out `object`, which is in this list. Walks under way skip it.
-  void remove(T& object) noexcept {
-    Link& link = object;
-    for (auto* walk = walks_; walk != nullptr; walk = walk->outer_)
+  void unlink(Link& link) noexcept {
+    for (Walk* walk = walks_; walk != nullptr; walk = walk->outer_)
       walk->leaves(link);
     if (link.next_ != nullptr) {
       link.next_->previous_ = link.previous_;
@@ -78,28 +130,45 @@ class ListRaw {
     link.next_ = nullptr;
   }
 
-  /// Takes out everything; walks under way end.
-  void clear() noexcept {
-    while (first_ != nullptr)
-      remove(*front());
-    for (auto* walk = walks_; walk != nullptr; walk = walk->outer_)
-      walk->list_ = nullptr;
-    walks_ = nullptr;
-  }
+ private:
+  // The walks under way on this thread, over whichever list, innermost first. Kept here and not in
+  // each list: there are very many lists and hardly ever more than two walks.
+  [[gnu::tls_model("initial-exec")]] static constinit thread_local Walk* walks_;
 
-  /// The number that the next insertion will get: a walk up to it sees nobody who comes later.
-  static std::uint64_t numberNow() noexcept { return nextNumber().load(std::memory_order_relaxed); }
+  Link* first_{nullptr};
+};
+
+/// A plain list of objects that live elsewhere, in order of insertion: the watchers of an object.
+///
+/// Insertion and removal take constant time. A list is walked through a `SnapshotIterator`, which
+/// visits those who were in the list when it was made and still are when their turn comes.
+///
+/// `T` derives from `ListRaw<T>::Link`. Ownership: none; a member leaves the list before it goes.
+///
+/// Thread: one, also for walks over it.
+template <typename T>
+class ListRaw : public ListRawGeneric {
+ public:
+  class Link : public ListRawGeneric::Link {
+   protected:
+    Link() = default;
+    ~Link() = default;
+  };
+
+  T* front() const noexcept { return typed(first()); }
+
+  /// Appends `object`, which is in no list.
+  void append(T& object) noexcept { link(asLink(object)); }
+  /// Takes out `object`, which is in this list. Walks under way skip it.
+  void remove(T& object) noexcept { unlink(asLink(object)); }
 
  private:
   friend class SnapshotIterator<T>;
 
-  static std::atomic<std::uint64_t>& nextNumber() noexcept {
-    static constinit std::atomic<std::uint64_t> number{1};
-    return number;
+  static Link& asLink(T& object) noexcept { return object; }
+  static T* typed(ListRawGeneric::Link* link) noexcept {
+    return static_cast<T*>(static_cast<Link*>(link));
   }
-
-  Link* first_{nullptr};
-  SnapshotIterator<T>* walks_{nullptr};
 };
 
 /// A walk over a `ListRaw` that holds under any change of the list and the end of the list itself.
@@ -107,64 +176,21 @@ class ListRaw {
 ///     SnapshotIterator<Watcher> walk{watchers};
 ///     while (Watcher* watcher = walk.next()) ...
 ///
-/// Costs nothing for the members it has not reached: no copy, no reference. Walks over one list
-/// nest, the inner one ends first.
+/// Costs nothing for the members it has not reached: no copy, no reference. Walks nest, whichever
+/// the list: it lives on the stack, and the inner one ends first.
 template <typename T>
-class SnapshotIterator {
+class SnapshotIterator : private ListRawGeneric::Walk {
+  using Walk = ListRawGeneric::Walk;
+
  public:
-  explicit SnapshotIterator(ListRaw<T>& list,
-                            std::uint64_t limit = ListRaw<T>::numberNow()) noexcept
-      : list_{&list}, next_{list.first_}, limit_{limit}, outer_{list.walks_} {
-    // The list knows the walk while the walk lives, which g++ cannot see.
-#if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wdangling-pointer"
-#endif
-    list.walks_ = this;
-#if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC diagnostic pop
-#endif
-  }
-  ~SnapshotIterator() {
-    if (list_ != nullptr) list_->walks_ = outer_;
-  }
-  SnapshotIterator(SnapshotIterator const&) = delete;
-  SnapshotIterator& operator=(SnapshotIterator const&) = delete;
+  explicit SnapshotIterator(ListRaw<T>& list) noexcept : Walk{list} {}
 
   /// Goes on to the next member and returns it; null at the end.
-  T* next() noexcept {
-    if (next_ == nullptr || next_->number_ >= limit_) {
-      current_ = nullptr;
-      next_ = nullptr;
-      return nullptr;
-    }
-    current_ = next_;
-    next_ = current_->next_;
-    return static_cast<T*>(current_);
-  }
-
+  T* next() noexcept { return ListRaw<T>::typed(Walk::advance()); }
   /// The member that the walk stands on; null when it has left the list (and perhaps is no more).
-  T* current() const noexcept {
-    return static_cast<T*>(current_);
-  }
+  T* current() const noexcept { return ListRaw<T>::typed(Walk::current()); }
   /// Whether the list itself has gone.
-  bool listGone() const noexcept {
-    return list_ == nullptr;
-  }
-
- private:
-  friend class ListRaw<T>;
-
-  void leaves(typename ListRaw<T>::Link& link) noexcept {
-    if (current_ == &link) current_ = nullptr;
-    if (next_ == &link) next_ = link.next_;
-  }
-
-  ListRaw<T>* list_;
-  typename ListRaw<T>::Link* current_{nullptr};
-  typename ListRaw<T>::Link* next_;
-  std::uint64_t limit_;
-  SnapshotIterator* outer_;
+  using Walk::listGone;
 };
 
 }  // namespace Vek

@@ -54,27 +54,24 @@ PtrInterface::NotifieeConst::~NotifieeConst() {
 }
 
 Notifier::~Notifier() {
-  for (Group* group = first_.next; group != nullptr;) {
-    Group* const gone = group;
-    group = group->next;
+  for (MoreWatchers* more = first_.next; more != nullptr;) {
+    MoreWatchers* const gone = more;
+    more = more->next;
     delete gone;
   }
 }
 
 Notifier::Group& Notifier::groupOf(AttributeMask watching) const {
   if (watching == 0) fatal("Vek: a watcher of nothing was registered");
-  Group* group = &first_;
-  if (first_.watching == 0) first_.watching = watching;
-  while (group->watching != watching) {
-    // At the end of the chain: a change being told now reaches it last, and finds only watchers
-    // that have come too late for it.
-    if (group->next == nullptr) {
-      group->next = new Group;
-      group->next->watching = watching;
-    }
-    group = group->next;
-  }
-  return *group;
+  if (firstWatching_ == 0) firstWatching_ = watching;
+  if (firstWatching_ == watching) return first_;
+  // At the end of the chain: kinds of watchers are told in the order in which the first of each
+  // came.
+  MoreWatchers** more = &first_.next;
+  while (*more != nullptr && (*more)->watching != watching)
+    more = &(*more)->next;
+  if (*more == nullptr) *more = new MoreWatchers{watching};
+  return **more;
 }
 
 void Notifier::notifieeIs(NotifieeConst& watcher) const {
@@ -82,8 +79,14 @@ void Notifier::notifieeIs(NotifieeConst& watcher) const {
 }
 
 void Notifier::notifieeDel(NotifieeConst& watcher) const noexcept {
-  for (Group* group = &first_; group != nullptr; group = group->next)
-    if (group->watching == watcher.watching()) group->watchers.remove(watcher);
+  Group* group = &first_;
+  if (watcher.watching() != firstWatching_) {
+    MoreWatchers* more = first_.next;
+    while (more->watching != watcher.watching())
+      more = more->next;
+    group = more;
+  }
+  group->watchers.remove(watcher);
 }
 
 bool Notifier::hasNotifiees() const noexcept {

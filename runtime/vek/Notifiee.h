@@ -22,6 +22,20 @@ constexpr AttributeMask attributeBit(AttributeId id) noexcept {
   return static_cast<AttributeMask>(1U << (id % 16U));
 }
 
+/// What a watcher watches. A base of its own: its member fills the gap behind the reference count,
+/// and there is at least one watcher for each interface and profile.
+class PtrInterface::Watching : public PtrInterface {
+ public:
+  AttributeMask watching() const noexcept { return watching_; }
+
+ protected:
+  explicit Watching(AttributeMask watching) noexcept : watching_{watching} {}
+  ~Watching() override = default;
+
+ private:
+  AttributeMask const watching_;
+};
+
 /// Base of every watcher of an object's attributes.
 ///
 /// A watcher is attached to one notifier at a time and hears of changes while it is registered with
@@ -31,7 +45,7 @@ constexpr AttributeMask attributeBit(AttributeId id) noexcept {
 /// Whatever a notification does (delete watchers, register them, change the notifier or drop it),
 /// each watcher that was registered before the change and still is when its turn comes is told
 /// once, in order of registration among the watchers of one kind.
-class PtrInterface::NotifieeConst : public PtrInterface,
+class PtrInterface::NotifieeConst : public PtrInterface::Watching,
                                     public ListRaw<PtrInterface::NotifieeConst>::Link {
  public:
   /// Switches delivery on (registers with the notifier) or off (deregisters).
@@ -60,15 +74,15 @@ class PtrInterface::NotifieeConst : public PtrInterface,
   /// Called by the runtime: `onNotificationException`, with an exception of that one contained.
   void handleNotificationException(AttributeId id) noexcept;
 
-  AttributeMask watching() const noexcept { return watching_; }
-
  protected:
   /// `watching`: the attributes whose changes this watcher is to be offered; at least one.
-  explicit NotifieeConst(AttributeMask watching = kAllAttributes) noexcept : watching_{watching} {}
+  explicit NotifieeConst(AttributeMask watching = kAllAttributes) noexcept : Watching{watching} {}
   ~NotifieeConst() override;
 
+  /// The object that was attached, without a reference; null for none.
+  PtrInterface const* attached() const noexcept { return notifier_.get(); }
+
  private:
-  AttributeMask const watching_;
   Ptr<PtrInterface const> notifier_;
 };
 
@@ -92,20 +106,43 @@ class Notifier : public Entity {
  protected:
   ~Notifier() override;
 
-  /// Calls `raise(watcher, walk)` on each watcher that watches attribute `id`, whose name serves
-  /// reports. An exception of a watcher is handed to it
-  /// (`onNotificationException`) and stops no other.
+  /// Calls `raise(watcher, walk)` on each watcher that watches `attribute`. An exception of a
+  /// watcher is handed to it (`onNotificationException`) and stops no other.
   /// Trap: this object may be gone when it returns.
-  template <typename Watcher, typename Raise>
-  void tell(AttributeId id, std::string_view name, Raise raise);
+  template <auto const& attribute, typename Watcher, typename Raise>
+  void tell(Raise raise);
 
  private:
   using NotifieeConst = PtrInterface::NotifieeConst;
+  struct MoreWatchers;
 
+  /// The watchers of the same attributes. Of the first kind, which stands in the object itself,
+  /// `firstWatching_` holds the mask, where it takes no room.
   struct Group {
     ListRaw<NotifieeConst> watchers;
-    Group* next{nullptr};
-    AttributeMask watching{0};
+    MoreWatchers* next{nullptr};
+  };
+  struct MoreWatchers : Group {
+    explicit MoreWatchers(AttributeMask mask) noexcept : watching{mask} {}
+    AttributeMask const watching;
+  };
+  /// A group that is being told of a change, and those that come after it.
+  struct Round {
+    explicit Round(Group& group) noexcept : walk{group.watchers} {}
+    void precedes(Round& later) noexcept {
+      // Rounds end in the opposite order, which g++ cannot see.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdangling-pointer"
+#endif
+      next = &later;
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic pop
+#endif
+    }
+
+    SnapshotIterator<NotifieeConst> walk;
+    Round* next{nullptr};
   };
 
   Group& groupOf(AttributeMask watching) const;
@@ -113,25 +150,62 @@ class Notifier : public Entity {
                                          std::string_view name,
                                          std::type_info const& watcher) noexcept;
 
+  /// The first group from `more` on that watches one of `attributes` and has watchers.
+  static Group* nextConcerned(MoreWatchers* more, AttributeMask attributes) noexcept {
+    while (more != nullptr && ((more->watching & attributes) == 0 || more->watchers.empty()))
+      more = more->next;
+    return more;
+  }
+
+  template <auto const& attribute, typename Watcher, typename Raise>
+  static void tellRound(Round& round, Raise const& raise);
+  template <auto const& attribute, typename Watcher, typename Raise>
+  static void tellRounds(Group& group, Round& first, Round& last, Raise const& raise);
+
+  mutable AttributeMask firstWatching_{0};
   mutable Group first_;
 };
 
-template <typename Watcher, typename Raise>
-void Notifier::tell(AttributeId id, std::string_view name, Raise raise) {
-  std::uint64_t const limit = ListRaw<NotifieeConst>::numberNow();
-  for (Group* group = &first_; group != nullptr; group = group->next) {
-    if ((group->watching & attributeBit(id)) == 0 || group->watchers.empty()) continue;
-    SnapshotIterator<NotifieeConst> walk{group->watchers, limit};
-    while (NotifieeConst* const watcher = walk.next()) {
-      // Read before the call: afterwards the watcher may be no more, and a report names its class.
-      std::type_info const& type = typeid(*watcher);
-      try {
-        raise(static_cast<Watcher&>(*watcher), walk);
-      } catch (...) {
-        watcherThrew(walk, id, name, type);
-      }
+// Order: the walks over all groups begin before anyone is told, one recursion deeper for each group
+// after the first. So nobody who comes while others are told hears of this change, and once somebody
+// was told nothing of this object is needed but the walks.
+
+template <auto const& attribute, typename Watcher, typename Raise>
+void Notifier::tell(Raise raise) {
+  constexpr AttributeMask attributes = attributeBit(attribute.id);
+  Group* const group = (firstWatching_ & attributes) != 0 && !first_.watchers.empty()
+                           ? &first_
+                           : nextConcerned(first_.next, attributes);
+  if (group == nullptr) return;
+  Round round{*group};
+  if (Group* const more = nextConcerned(group->next, attributes)) [[unlikely]]
+    tellRounds<attribute, Watcher>(*more, round, round, raise);
+  else
+    tellRound<attribute, Watcher>(round, raise);
+}
+
+template <auto const& attribute, typename Watcher, typename Raise>
+void Notifier::tellRounds(Group& group, Round& first, Round& last, Raise const& raise) {
+  Round round{group};
+  last.precedes(round);
+  if (Group* const more = nextConcerned(group.next, attributeBit(attribute.id))) {
+    tellRounds<attribute, Watcher>(*more, first, round, raise);
+    return;
+  }
+  for (Round* told = &first; told != nullptr; told = told->next)
+    tellRound<attribute, Watcher>(*told, raise);
+}
+
+template <auto const& attribute, typename Watcher, typename Raise>
+void Notifier::tellRound(Round& round, Raise const& raise) {
+  while (NotifieeConst* const watcher = round.walk.next()) {
+    // Read before the call: afterwards the watcher may be no more, and a report names its class.
+    std::type_info const& type = typeid(*watcher);
+    try {
+      raise(static_cast<Watcher&>(*watcher), round.walk);
+    } catch (...) {
+      watcherThrew(round.walk, attribute.id, attribute.name, type);
     }
-    if (walk.listGone()) return;
   }
 }
 
@@ -142,9 +216,10 @@ void Notifier::tell(AttributeId id, std::string_view name, Raise raise) {
 template <typename Watched>
 class NotifieeOf : public PtrInterface::NotifieeConst {
  public:
-  Ptr<Watched const> watched() const {
-    return Ptr<Watched const>{static_cast<Watched const*>(notifier().get())};
-  }
+  /// The object watched, or empty.
+  Ptr<Watched const> watched() const { return Ptr<Watched const>{watchedObject()}; }
+  /// The same without a reference, or null; valid while this watcher is attached to it.
+  Watched const* watchedObject() const noexcept { return static_cast<Watched const*>(attached()); }
   /// Throws `Vek::TypeException` when the object is not a `Watched`.
   void notifierIs(Ptr<PtrInterface const> const& object) override {
     if (object && dynamic_cast<Watched const*>(object.get()) == nullptr)

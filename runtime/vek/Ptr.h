@@ -7,6 +7,8 @@
 #include <type_traits>
 #include <utility>
 
+#include "runtime/vek/Pool.h"
+
 namespace Vek {
 
 /// Ends the process: an empty pointer was dereferenced where an object is required.
@@ -89,6 +91,7 @@ class Ptr {
 /// Makes an object; the pointer returned holds its first reference.
 template <typename T, typename... Args>
 Ptr<T> make(Args&&... args) {
+  static_assert(alignof(T) <= Pool::kAlignment, "such a type needs an operator new of its own");
   return Ptr<T>::adopt(new T(std::forward<Args>(args)...));
 }
 

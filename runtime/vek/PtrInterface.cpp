@@ -6,6 +6,7 @@
 #include <unordered_set>
 
 #include "runtime/vek/Assertion.h"
+#include "runtime/vek/Pool.h"
 
 namespace Vek {
 
@@ -30,10 +31,8 @@ VekType const* PtrInterface::fwkType() const {
   return nullptr;
 }
 
-PtrInterface::~PtrInterface() {
-  if (ptrifTrackOn_) PtrTrack::ptrifDel(this);
-  // `destroy` pins the count at one. Whoever still holds a reference now would use a dead object.
-  if (referenceCount() != 1) fatal("Vek: an object was destroyed while it was still referenced");
+void PtrInterface::destroyedWhileReferenced() noexcept {
+  fatal("Vek: an object was destroyed while it was still referenced");
 }
 
 void PtrInterface::addReferenceAtomic() const noexcept {
@@ -41,15 +40,16 @@ void PtrInterface::addReferenceAtomic() const noexcept {
 }
 
 void PtrInterface::dropReferenceAtomic() const noexcept {
-  std::uint32_t const before =
-      std::atomic_ref<std::uint32_t>{word_}.fetch_sub(kReference, std::memory_order_acq_rel);
-  if (before / kReference == 1) destroy();
+  std::atomic_ref<std::uint32_t> const word{word_};
+  if (word.fetch_sub(kReference, std::memory_order_acq_rel) / kReference != 1) return;
+  // Nobody else has a reference, so nobody else can add one.
+  word.fetch_add(kReference, std::memory_order_relaxed);
+  destroy();
 }
 
 void PtrInterface::destroy() const noexcept {
-  // Order: pin first, so that a Ptr taken by the hook or by a destructor, and dropped there, does
-  // not destroy the object a second time.
-  addReference();
+  // The caller has left the last reference in the count: it pins the object, so that a Ptr taken by
+  // the hook or by a destructor, and dropped there, does not destroy it a second time.
   auto* const self = const_cast<PtrInterface*>(this);
   self->zeroReferencesIs(true);
   if (referenceCount() > 1) {  // the hook kept a reference: the object lives on
@@ -68,12 +68,16 @@ void PtrInterface::trackNew() const noexcept {
   PtrTrack::ptrifNew(this);
 }
 
-void* PtrInterface::operator new(std::size_t size) {
-  return ::operator new(size);
+void PtrInterface::trackGone() const noexcept {
+  PtrTrack::ptrifDel(this);
 }
 
-void PtrInterface::operator delete(void* memory, std::size_t /*size*/) noexcept {
-  ::operator delete(memory);
+void* PtrInterface::operator new(std::size_t size) {
+  return Pool::allocate(size);
+}
+
+void PtrInterface::operator delete(void* memory, std::size_t size) noexcept {
+  Pool::release(memory, size);
 }
 
 namespace {

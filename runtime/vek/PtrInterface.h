@@ -36,6 +36,7 @@ extern bool ptrifTrackOn_;
 class PtrInterface {
  public:
   class NotifieeConst;
+  class Watching;
 
   PtrInterface(PtrInterface const&) = delete;
   PtrInterface& operator=(PtrInterface const&) = delete;
@@ -53,9 +54,16 @@ class PtrInterface {
 
  protected:
   PtrInterface() noexcept {
-    if (ptrifTrackOn_) trackNew();
+    if (ptrifTrackOn_) [[unlikely]]
+      trackNew();
   }
-  virtual ~PtrInterface();
+  virtual ~PtrInterface() {
+    if (ptrifTrackOn_) [[unlikely]]
+      trackGone();
+    // `destroy` pins the count at one. Whoever still holds a reference now would use a dead object.
+    if (word_ / kReference != 1) [[unlikely]]
+      destroyedWhileReferenced();
+  }
 
  public:
   bool hasNotificationActive() const noexcept { return (word_ & kNotificationActive) != 0; }
@@ -64,6 +72,11 @@ class PtrInterface {
 
   /// References held at this moment; for tests and diagnostics only.
   std::uint32_t referenceCount() const noexcept { return word_ / kReference; }
+
+  /// Whether the caller's reference is surely the only one; while counting is atomic, never sure.
+  bool isOnlyReference() const noexcept {
+    return !VFPtrInterface::enableThreadSafePointers && word_ < 2 * kReference;
+  }
 
   void addReference() const noexcept {
     if (VFPtrInterface::enableThreadSafePointers) [[unlikely]] {
@@ -76,10 +89,10 @@ class PtrInterface {
   void dropReference() const noexcept {
     if (VFPtrInterface::enableThreadSafePointers) [[unlikely]] {
       dropReferenceAtomic();
+    } else if (word_ < 2 * kReference) {
+      destroy();
     } else {
       word_ -= kReference;
-      if (word_ < kReference) [[unlikely]]
-        destroy();
     }
   }
 
@@ -87,6 +100,7 @@ class PtrInterface {
   /// object tracker no longer counts it as one that somebody ought to release.
   void referencesLeak() const noexcept;
 
+  /// From the pool (Pool.h). A type that must be aligned to more than 8 brings its own.
   static void* operator new(std::size_t size);
   static void operator delete(void* memory, std::size_t size) noexcept;
 
@@ -114,6 +128,8 @@ class PtrInterface {
   void dropReferenceAtomic() const noexcept;
   void destroy() const noexcept;
   void trackNew() const noexcept;
+  void trackGone() const noexcept;
+  [[noreturn]] static void destroyedWhileReferenced() noexcept;
 
   mutable std::uint32_t word_{kReference};
 };

@@ -35,7 +35,7 @@ class Reactor : public Watched::NotifieeConst {
   /// handler, even when a notification reaches it.
   virtual void vekDoZombieReactors(bool on) {
     if (on == this->vekMarkedForDeletion()) return;
-    if (this->notifier()) this->hasNotificationActiveIs(!on);
+    if (this->attached() != nullptr) this->hasNotificationActiveIs(!on);
     this->vekMarkedForDeletionIs(on);
   }
 
@@ -61,7 +61,7 @@ class Reactor : public Watched::NotifieeConst {
   /// in order; stops when one of them tears this reactor down.
   void rebind(Ptr<PtrInterface const> const& object,
               std::initializer_list<void (Owner::*)()> handlers) {
-    if (object == this->notifier()) return;
+    if (object.get() == this->attached()) return;
     Ptr<Reactor> const self{this};  // a handler may end in the owner's destruction
     // All that can fail in registering comes first: this reactor must not end attached but deaf.
     if (auto const* const notifier = dynamic_cast<Watched const*>(object.get()))

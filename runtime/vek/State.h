@@ -25,7 +25,9 @@ bool sameValue(Value const& a, Value const& b) {
 /// Base of every state type: an entity whose attributes tell watchers when they change.
 ///
 /// A derived type describes each attribute once, as a constexpr Scalar or Keyed, and lists them in
-/// `vekAttributes`; the functions below do the storing, the counting and the telling.
+/// `vekAttributes`; the functions below do the storing, the counting and the telling. The attribute
+/// is their template argument: what it says is then known when they are compiled, also where the
+/// compiler may not look into a description that another library could replace.
 ///
 /// Writing the value already held, or deleting an absent member, is not a change: nobody is told.
 ///
@@ -38,6 +40,10 @@ bool sameValue(Value const& a, Value const& b) {
 /// the object once it has told.
 template <typename Type>
 class State : public Notifier {
+  template <auto const& attribute>
+  using MemberOf = CollectionMember<typename AttributeType<attribute>::KeyType,
+                                    typename AttributeType<attribute>::ValueType>;
+
  public:
   using Notifier::Notifier;
 
@@ -54,81 +60,83 @@ class State : public Notifier {
   /// How often an attribute of this object was read through its accessor.
   std::uint32_t reads() const noexcept { return reads_; }
 
-  template <typename Value, typename Watcher>
-  Value const& get(Scalar<Type, Value, Watcher> const& attribute) const {
+  template <auto const& attribute>
+  auto const& get() const {
+    constexpr auto member = attribute.member;
     ++reads_;
-    return self().*attribute.member;
+    return self().*member;
   }
 
-  template <typename Value, typename Watcher>
-  void set(Scalar<Type, Value, Watcher> const& attribute, std::type_identity_t<Value> value) {
-    Value& held = self().*attribute.member;
+  template <auto const& attribute>
+  void set(typename AttributeType<attribute>::ValueType value) {
+    using Watcher = typename AttributeType<attribute>::WatcherType;
+    constexpr auto member = attribute.member;
+    constexpr auto changed = attribute.changed;
+    auto& held = self().*member;
     if (sameValue(held, value)) return;
     held = std::move(value);
     this->countChange();
-    this->template tell<Watcher>(
-        attribute.id, attribute.name,
-        [&](Watcher& watcher, auto const& /*walk*/) { (watcher.*attribute.changed)(); });
+    this->template tell<attribute, Watcher>(
+        [](Watcher& watcher, auto const& /*walk*/) { (watcher.*changed)(); });
   }
 
   /// All members of a keyed attribute.
-  template <typename Key, typename Value, typename Watcher>
-  Collection<Key, Value> const& members(Keyed<Type, Key, Value, Watcher> const& attribute) const {
+  template <auto const& attribute>
+  auto const& members() const {
+    constexpr auto members = attribute.members;
     ++reads_;
-    return self().*attribute.members;
+    return self().*members;
   }
 
   /// The value of `key`, or a default one (false, 0, empty pointer) when there is none.
-  template <typename Key, typename Value, typename Watcher>
-  Value member(Keyed<Type, Key, Value, Watcher> const& attribute,
-               std::type_identity_t<Key> const& key) const {
-    Value const* const value = members(attribute).find(key);
-    return value == nullptr ? Value{} : *value;
+  template <auto const& attribute>
+  auto member(typename AttributeType<attribute>::KeyType const& key) const {
+    auto const* const value = members<attribute>().find(key);
+    return value == nullptr ? typename AttributeType<attribute>::ValueType{} : *value;
   }
 
-  template <typename Key, typename Value, typename Watcher>
-  void memberIs(Keyed<Type, Key, Value, Watcher> const& attribute, std::type_identity_t<Key> key,
-                std::type_identity_t<Value> value) {
-    auto& members = (self().*attribute.members).members_;
+  template <auto const& attribute>
+  void memberIs(typename AttributeType<attribute>::KeyType key,
+                typename AttributeType<attribute>::ValueType value) {
+    auto& members = own<attribute>();
     if (auto* const member = members.find(key)) {
       if (sameValue(member->value_, value)) return;
       std::swap(member->value_, value);  // the old value is released when all is done
     } else {
-      members.newMember(make<CollectionMember<Key, Value>>(key, std::move(value)));
+      members.newMember(make<MemberOf<attribute>>(key, std::move(value)));
     }
     this->countChange();
-    tellMember(attribute, key);
+    tellMember<attribute>(key);
   }
 
   /// What writing the member of `key` needs memory for, obtained beforehand; nobody can see it.
-  template <typename Key, typename Value, typename Watcher>
-  static Ptr<CollectionMember<Key, Value>> memberRoom(
-      Keyed<Type, Key, Value, Watcher> const& /*attribute*/, std::type_identity_t<Key> key) {
-    return make<CollectionMember<Key, Value>>(std::move(key), Value{});
+  template <auto const& attribute>
+  static auto memberRoom(typename AttributeType<attribute>::KeyType key) {
+    return make<MemberOf<attribute>>(std::move(key),
+                                     typename AttributeType<attribute>::ValueType{});
   }
 
   /// As above, with the key that `room` was obtained for; throws nothing.
-  template <typename Key, typename Value, typename Watcher>
-  void memberIs(Keyed<Type, Key, Value, Watcher> const& attribute,
-                Ptr<CollectionMember<Key, Value>> room,
-                std::type_identity_t<Value> value) noexcept {
-    Key const key = room->key_;
-    auto& members = (self().*attribute.members).members_;
-    if (members.find(key) != nullptr) return memberIs(attribute, key, std::move(value));
+  template <auto const& attribute>
+  void memberIs(Ptr<MemberOf<attribute>> room,
+                typename AttributeType<attribute>::ValueType value) noexcept {
+    auto const key = room->key_;
+    auto& members = own<attribute>();
+    if (members.find(key) != nullptr) return memberIs<attribute>(key, std::move(value));
     room->value_ = std::move(value);
     members.newMember(std::move(room));
     this->countChange();
-    tellMember(attribute, key);
+    tellMember<attribute>(key);
   }
 
   /// Trap: `key` is a copy, since callers pass the key of the very member that goes.
-  template <typename Key, typename Value, typename Watcher>
-  void memberDel(Keyed<Type, Key, Value, Watcher> const& attribute, std::type_identity_t<Key> key) {
+  template <auto const& attribute>
+  void memberDel(typename AttributeType<attribute>::KeyType key) {
     // Held until all is done: what the value's destruction does must not come before the telling.
-    auto const removed = (self().*attribute.members).members_.deleteMember(key);
+    auto const removed = own<attribute>().deleteMember(key);
     if (!removed) return;
     this->countChange();
-    tellMember(attribute, key);
+    tellMember<attribute>(key);
   }
 
  protected:
@@ -141,15 +149,22 @@ class State : public Notifier {
   Type& self() { return static_cast<Type&>(*this); }
   Type const& self() const { return static_cast<Type const&>(*this); }
 
-  template <typename Key, typename Value, typename Watcher>
-  void tellMember(Keyed<Type, Key, Value, Watcher> const& attribute, Key const& key) {
-    this->template tell<Watcher>(attribute.id, attribute.name,
-                                 [&](Watcher& watcher, auto const& walk) {
-                                   (watcher.*attribute.immediate)();
-                                   // The immediate hook may have taken the watcher away.
-                                   if (walk.current() == &watcher)
-                                     (watcher.*attribute.memberChanged)(key);
-                                 });
+  template <auto const& attribute>
+  auto& own() {
+    constexpr auto members = attribute.members;
+    return (self().*members).members_;
+  }
+
+  template <auto const& attribute>
+  void tellMember(typename AttributeType<attribute>::KeyType const& key) {
+    using Watcher = typename AttributeType<attribute>::WatcherType;
+    constexpr auto immediate = attribute.immediate;
+    constexpr auto memberChanged = attribute.memberChanged;
+    this->template tell<attribute, Watcher>([&key](Watcher& watcher, auto const& walk) {
+      (watcher.*immediate)();
+      // The immediate hook may have taken the watcher away.
+      if (walk.current() == &watcher) (watcher.*memberChanged)(key);
+    });
   }
 
   mutable std::uint32_t reads_{0};

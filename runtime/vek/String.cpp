@@ -7,6 +7,7 @@
 #include <ostream>
 
 #include "runtime/vek/Exception.h"
+#include "runtime/vek/Pool.h"
 
 namespace Vek {
 
@@ -33,7 +34,7 @@ String::Block* String::emptyBlock() noexcept {
 
 String::Block* String::newBlock(std::size_t size) {
   if (size > std::numeric_limits<std::uint32_t>::max()) throwRangeException("string too long");
-  void* const memory = ::operator new(sizeof(Block) + size + 1);
+  void* const memory = Pool::allocate(sizeof(Block) + size + 1);
   auto* const block = new (memory) Block{1, 0, static_cast<std::uint32_t>(size)};
   block->text()[size] = '\0';
   return block;
@@ -72,7 +73,7 @@ void String::dropReferenceAtomic() const noexcept {
 }
 
 void String::freeBlock() const noexcept {
-  ::operator delete(block_);
+  Pool::release(block_, sizeof(Block) + block_->size + 1);
 }
 
 std::ostream& operator<<(std::ostream& out, String const& string) {

@@ -11,9 +11,11 @@
 
 namespace Vek {
 
-std::ostream* coverageStream_ = nullptr;
+constinit CoverageStream coverageStream_;
 
 namespace {
+
+constinit TraceHandle::Registration* registrations{nullptr};
 
 // Never destroyed: machines may be torn down, and trace, while statics are being destroyed.
 // In memory of its own: it is needed when there is no other.
@@ -33,10 +35,31 @@ void writeToStandardError(TraceRecord const& record) {
 
 }  // namespace
 
+CoverageStream& CoverageStream::operator=(std::ostream* stream) noexcept {
+  stream_ = stream;
+  for (auto* one = registrations; one != nullptr; one = one->next_)
+    one->facility_.active_ = one->facility_.enabled_ || stream != nullptr;
+  return *this;
+}
+
+TraceHandle::Registration::Registration(TraceHandle& facility) noexcept
+    : facility_{facility}, next_{registrations} {
+  registrations = this;
+  if (coverageStream_ != nullptr) facility.active_ = true;
+}
+
+TraceHandle::Registration::~Registration() {
+  Registration** place = &registrations;
+  while (*place != this)
+    place = &(*place)->next_;
+  *place = next_;
+}
+
 void TraceHandle::levelIs(int level, bool on) {
   if (level < 0 || level >= kLevels) throwRangeException("trace level out of range");
   levels_[index(level)] = on;
   enabled_ = std::any_of(levels_.begin(), levels_.end(), [](bool enabled) { return enabled; });
+  active_ = enabled_ || coverageStream_ != nullptr;
 }
 
 TraceSink traceSinkIs(TraceSink sink) {

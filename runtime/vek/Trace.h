@@ -12,9 +12,19 @@
 
 namespace Vek {
 
+/// A pointer to a stream, of which the trace facilities know whether it is null.
+class CoverageStream {
+ public:
+  CoverageStream& operator=(std::ostream* stream) noexcept;
+  operator std::ostream*() const noexcept { return stream_; }
+
+ private:
+  std::ostream* stream_{nullptr};
+};
+
 /// While not null, every trace message is built and also written here, one to a line, whether or
 /// not its level is enabled. Ownership: the host's, which clears it before the stream goes.
-extern std::ostream* coverageStream_;
+extern CoverageStream coverageStream_;
 
 /// A trace facility: which of its levels are enabled, and how often its trace points were passed.
 /// Constant-initialised, so a trace point may be passed before any other static is ready.
@@ -23,10 +33,26 @@ class TraceHandle {
   static constexpr int kLevels{10};
 
   /// `enabled`: whether all levels are enabled from the start.
-  constexpr TraceHandle(char const* name, bool enabled) noexcept : name_{name}, enabled_{enabled} {
+  constexpr TraceHandle(char const* name, bool enabled) noexcept
+      : enabled_{enabled}, active_{enabled}, name_{name} {
     for (bool& level : levels_)
       level = enabled;
   }
+
+  /// Makes a facility known, for its whole life, to whoever sets the coverage stream. Each facility
+  /// has one, beside it.
+  class Registration {
+   public:
+    explicit Registration(TraceHandle& facility) noexcept;
+    ~Registration();
+    Registration(Registration const&) = delete;
+    Registration& operator=(Registration const&) = delete;
+
+   private:
+    friend class CoverageStream;
+    TraceHandle& facility_;
+    Registration* next_;
+  };
 
   char const* name() const noexcept { return name_; }
   /// Whether any level is enabled.
@@ -40,6 +66,10 @@ class TraceHandle {
   /// How often trace points were passed, see `hit`.
   std::uint64_t hits() const noexcept { return hits_; }
 
+  /// Whether anybody may want a message: a level is enabled, or there is a coverage stream.
+  bool active() const noexcept { return active_; }
+  /// Counts the passing of a trace point while the facility is not enabled.
+  void pass() noexcept { ++hits_; }
   /// Counts the passing of a trace point and tells whether its level is enabled.
   ///
   /// Deliberate: it counts 2 when the facility is enabled and 1 when it is not, so that the counter
@@ -54,11 +84,13 @@ class TraceHandle {
   }
 
  private:
+  friend class CoverageStream;
   static constexpr std::size_t index(int level) noexcept { return static_cast<std::size_t>(level); }
 
-  char const* name_;
   std::uint64_t hits_{0};
   bool enabled_;
+  bool active_;
+  char const* name_;
   std::array<bool, kLevels> levels_{};
 };
 
@@ -100,15 +132,18 @@ struct TracePoint {
 
   template <typename... Pieces>
   void operator()(Pieces const&... pieces) const {
-    bool const levelFlag = facility.hit(level);
-    if (!levelFlag && coverageStream_ == nullptr) [[likely]]
+    if (!facility.active()) [[likely]] {
+      facility.pass();
       return;
-    emit(levelFlag, pieces...);
+    }
+    emit(pieces...);
   }
 
  private:
   template <typename... Pieces>
-  [[gnu::cold, gnu::noinline]] void emit(bool levelFlag, Pieces const&... pieces) const {
+  [[gnu::cold, gnu::noinline]] void emit(Pieces const&... pieces) const {
+    bool const levelFlag = facility.hit(level);
+    if (!levelFlag && coverageStream_ == nullptr) return;
     // Out of memory, or a sink that throws: the message is lost, the traced work goes on.
     try {
       std::stringstream message;

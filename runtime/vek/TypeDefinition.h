@@ -29,8 +29,9 @@ using ReflectedT = typename Reflected<std::remove_cvref_t<T>>::type;
 
 template <typename Object, typename Function>
 struct Member;
-template <typename Object, typename R, typename... Args>
-struct Member<Object, R (Object::*)(Args...)> {
+/// `Declared`: the class that declares the function, `Object` or a base of it.
+template <typename Object, typename Declared, typename R, typename... Args>
+struct Member<Object, R (Declared::*)(Args...)> {
   using Result = R;
   static constexpr std::size_t kArguments{sizeof...(Args)};
   static constexpr std::array<ValueType const*, sizeof...(Args)> types{
@@ -49,8 +50,9 @@ struct Member<Object, R (Object::*)(Args...)> {
     return (object.*F)(arguments[I].template as<std::remove_cvref_t<Args>>()...);
   }
 };
-template <typename Object, typename R, typename... Args>
-struct Member<Object, R (Object::*)(Args...) noexcept> : Member<Object, R (Object::*)(Args...)> {};
+template <typename Object, typename Declared, typename R, typename... Args>
+struct Member<Object, R (Declared::*)(Args...) noexcept>
+    : Member<Object, R (Declared::*)(Args...)> {};
 
 /// A walk over a `HashMap`: of machines (the value is the machine) or of a `Collection`.
 template <typename Object, typename Iterator, auto Del>

@@ -15,6 +15,8 @@ class TimeEntry final : public Vek::LinkQueueEntry<double> {
   static inline int alive{0};
 
  private:
+  template <typename E, typename I, typename V>
+  friend class Vek::LinkQueue;
   ~TimeEntry() override { --alive; }
 };
 

@@ -156,21 +156,50 @@ TEST_F(ListRawTest, MemberThatLeavesAndComesBackIsNewToTheWalk) {
   EXPECT_EQ(walked(), (Names{1, 4, 2, 3}));
 }
 
-TEST_F(ListRawTest, WalkMayHaveAnEarlierLimit) {
-  std::uint64_t const limit = List::numberNow();
-  list->append(late);
-  Walk walk{*list, limit};
-  Names names;
-  while (Item const* const item = walk.next())
-    names.push_back(item->name);
-  EXPECT_EQ(names, (Names{1, 2, 3, 4}));
+TEST_F(ListRawTest, WalkEndsWhereTheListEndedThoughItsLastMemberLeft) {
+  EXPECT_EQ(walked([&](Item& item) {
+              if (&item != &b) return;
+              list->append(late);
+              list->remove(d);
+            }),
+            (Names{1, 2, 3}));
+  EXPECT_EQ(walked(), (Names{1, 2, 3, 5}));
 }
 
-TEST_F(ListRawTest, NumbersGoOnAcrossLists) {
-  std::uint64_t const before = List::numberNow();
+TEST_F(ListRawTest, WalkEndsWhereTheListEndedThoughTheLastTwoLeftAndCameBack) {
+  EXPECT_EQ(walked([&](Item& item) {
+              if (&item != &a) return;
+              for (Item* last : {&d, &c}) {
+                list->remove(*last);
+                list->append(*last);
+              }
+            }),
+            (Names{1, 2}));
+}
+
+TEST_F(ListRawTest, WalkOverAnEmptiedListSeesNobodyWhoComesLater) {
+  EXPECT_EQ(walked([&](Item&) {
+              while (!list->empty())
+                list->remove(*list->front());
+              list->append(late);
+            }),
+            (Names{1}));
+}
+
+TEST_F(ListRawTest, WalksOverSeveralListsNest) {
   List other;
   other.append(late);
-  EXPECT_GT(List::numberNow(), before);
+  Walk outer{*list};
+  ASSERT_EQ(outer.next(), &a);
+  {
+    Walk inner{other};
+    list->remove(b);
+    other.clear();
+    EXPECT_EQ(inner.next(), nullptr);
+    EXPECT_TRUE(inner.listGone());
+  }
+  EXPECT_FALSE(outer.listGone());
+  EXPECT_EQ(outer.next(), &c);
 }
 
 TEST_F(ListRawTest, WalkEndsWhenTheListIsClearedOrDestroyed) {

@@ -62,6 +62,7 @@ struct Costly {
 class Trace : public testing::Test {
  protected:
   TraceHandle facility_{"LinkFlap", false};
+  TraceHandle::Registration const registered_{facility_};
   TracePoint const handler_{8, 312, "handleProfileList", "LinkFlapSm", facility_};
   TracePoint const decision_{2, 50, "declareErrDisable", "LinkFlapSm", facility_};
 };
