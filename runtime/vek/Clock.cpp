@@ -1,6 +1,7 @@
 #include "runtime/vek/Clock.h"
 
 #include <chrono>
+#include <cmath>
 #include <cstddef>
 #include <limits>
 #include <new>
@@ -45,7 +46,7 @@ double now() noexcept {
   double const time = c.source ? reading(c.source) : monotonicSeconds();
   // An infinite reading would hold the clock for ever, and nothing that is no number has an age:
   // both are held like a step back. A run that begins with one begins at 0.
-  if (time >= c.last && time <= std::numeric_limits<double>::max()) {
+  if (time >= c.last && std::isfinite(time)) {
     c.last = time;
   } else if (c.last == kNever) {
     c.last = 0;
