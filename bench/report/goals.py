@@ -64,6 +64,15 @@ class Memory:
     key: str = field(default="memory")
 
 
+@dataclass
+class LinkMessages:
+    """The messages of a real kernel."""
+
+    case: int
+    title: str
+    goals: dict
+
+
 MILLION = 1000000
 HUNDREDS = [1000, 100000, MILLION]
 
@@ -78,7 +87,7 @@ ROWS = [
            {"vector": most(1.6), "sigc": faster(8), "boost": faster(12)}),
     Versus(1, "1000", "change told to 1,000 watchers",
            {"vector": most(1.4), "sigc": faster(1.8), "boost": faster(6)}),
-    Flat(2, "turn", "detach and attach, of so many watchers", [1, 1000, 100000], 0.0),
+    Flat(2, "turn", "detach and attach, watchers attached", [1, 1000, 100000], 0.05),
     Versus(3, "64", "accepted flap, 1 profile, 64 interfaces", flap_goals(1.3, 1.3, 2.5, 5)),
     Versus(3, "4096", "accepted flap, 1 profile, 4,096 interfaces", flap_goals(1.3, 1.3, 2.5, 5)),
     Versus(3, "100000", "accepted flap, 1 profile, 100,000 interfaces",
@@ -129,7 +138,10 @@ ROWS = [
            {"intrusive": most(1.3)}),
     Versus(14, "disabled", "disabled trace point",
            {"flag": most(1.2), "spdlog": faster(15), "spdlog-logger": faster(15)}),
-    Versus(15, "deferred", "deferred notification, 64 pending", {"asio": faster(10)}),
+    Versus(15, "deferred", "deferred notification, post and deliver, 64 pending",
+           {"asio": faster(10)}),
+    Versus(15, "changes", "the same, with the change of the attribute", {"asio": None}),
+    LinkMessages(16, "link message of the kernel", {"libmnl": most(1)}),
     Versus(17, "set-by-name", "attribute set by name", {"qt": most(3)}),
     Versus(17, "get-by-name", "attribute read by name", {"qt": most(3)}),
     Versus(17, "set-by-id", "attribute set by identifier", {"direct": most(10)}),

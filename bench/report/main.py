@@ -3,10 +3,12 @@
 import argparse
 import os
 import sys
+import time
 from concurrent.futures import ThreadPoolExecutor
 
 import goals
 import measure
+import page
 import table
 
 MEMORY_SIDES = ("ours", "hand", "sigc", "boost")
@@ -18,6 +20,8 @@ def arguments():
     parser.add_argument("--quick", action="store_true")
     parser.add_argument("--no-million", action="store_true")
     parser.add_argument("--no-counts", action="store_true")
+    parser.add_argument("--write", action="store_true",
+                        help="write docs/performance/ also when not everything is measured")
     return parser.parse_args()
 
 
@@ -46,18 +50,22 @@ def counted(rows, known):
     return found
 
 
-def lines_of(row, known, counts, options):
-    mine = {name.split("/")[2]: value for name, value in counts.items()
-            if name.startswith(f"{row.case}/{row.key}/")}
+def measured(row, known, counts, options):
+    """The lines of a row, and what the plots need: times by side, or bytes by side."""
+    if isinstance(row, goals.LinkMessages):
+        found = measure.netlink(6 if options.quick else 60, not options.no_counts)
+        return table.netlink_lines(row, found), None
     if isinstance(row, goals.Memory):
         interfaces = 20000 if options.quick else 100000
-        return table.memory_lines(row, {side: measure.memory(side, row.profiles, interfaces)
-                                        for side in MEMORY_SIDES})
+        found = {side: measure.memory(side, row.profiles, interfaces) for side in MEMORY_SIDES}
+        return table.memory_lines(row, found), found
+    mine = {name.split("/")[2]: value for name, value in counts.items()
+            if name.startswith(f"{row.case}/{row.key}/")}
     if isinstance(row, goals.Flat):
-        return table.flat_lines(row, mine)
+        return table.flat_lines(row, mine), None
     repetitions, seconds = (3, 0.02) if options.quick else (9, 0.05)
-    times = measure.times(f"{row.case}/{row.key}", sides_of(row, known), repetitions, seconds)
-    return table.versus_lines(row, times, mine)
+    found = measure.times(f"{row.case}/{row.key}", sides_of(row, known), repetitions, seconds)
+    return table.versus_lines(row, found, mine), found
 
 
 def main():
@@ -69,16 +77,25 @@ def main():
         for row in rows:
             if isinstance(row, goals.Flat):
                 row.sizes = [size for size in row.sizes if size < goals.MILLION]
-    # Order: the times while nothing else runs; counts do not depend on what does.
+    if os.getloadavg()[0] > 0.5:
+        say(f"this machine is busy (load {os.getloadavg()[0]:.1f}): the times will show it")
+    begun = time.monotonic()
+    # Order: first the counts, which do not suffer from running side by side, as the times would.
     counts = {}
     if not options.no_counts:
         say("instruction counts ...")
         counts = counted(rows, known)
-    lines = []
+    lines, plotted = [], {}
     for row in rows:
-        say(f"{row.case}: {row.title}")
-        lines += lines_of(row, known, counts, options)
+        say(f"{time.monotonic() - begun:4.0f} s  {row.case}: {row.title}")
+        found, values = measured(row, known, counts, options)
+        lines += found
+        if values is not None:
+            plotted[row.case, row.profiles if row.case == 8 else row.key] = values
     print(table.text(lines), end="")
+    print(table.summary(lines))
+    if options.write or not (options.case or options.quick):
+        page.write(lines, plotted)
 
 
 if __name__ == "__main__":

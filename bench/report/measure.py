@@ -8,6 +8,7 @@ import subprocess
 import tempfile
 
 PROGRAMS = "build/bench/bench"
+NETLINK = os.path.join(PROGRAMS, "linkflap_bench_netlink")
 BENCH = os.path.join(PROGRAMS, "linkflap_bench")
 
 
@@ -52,14 +53,14 @@ def times(prefix, sides, repetitions, seconds):
     return {side: Sample(found) for side, found in values.items()}
 
 
-def counts(names):
-    """Instructions of one operation of each of these subjects, by callgrind."""
+def callgrind(command, within=lambda whole: whole):
+    """What the command printed, and the totals of its marked stretches: lists by their names.
+    `within` puts callgrind's command line into another."""
     with tempfile.TemporaryDirectory() as folder:
         ran = subprocess.run(
-            ["valgrind", "--tool=callgrind", "--instr-atstart=no",
-             f"--callgrind-out-file={folder}/out", BENCH, "--count", *names],
+            within(["valgrind", "--tool=callgrind", "--instr-atstart=no",
+                    f"--callgrind-out-file={folder}/out", *command]),
             check=True, capture_output=True, text=True)
-        operations = dict(line.rsplit(" ", 1) for line in ran.stdout.splitlines())
         totals = {}
         for path in glob.glob(f"{folder}/out.*"):
             with open(path, encoding="utf-8", errors="replace") as dump:
@@ -67,8 +68,45 @@ def counts(names):
             name = re.search(r"^desc: Trigger: Client Request: (.*)$", text, re.M)
             total = re.search(r"^totals: (\d+)", text, re.M)
             if name and total:
-                totals[name.group(1)] = int(total.group(1))
-    return {name: totals[name] / int(operations[name]) for name in names}
+                totals.setdefault(name.group(1), []).append(int(total.group(1)))
+    return ran.stdout, totals
+
+
+def counts(names):
+    """Instructions of one operation of each of these subjects."""
+    printed, totals = callgrind([BENCH, "--count", *names])
+    operations = dict(line.rsplit(" ", 1) for line in printed.splitlines())
+    return {name: totals[name][0] / int(operations[name]) for name in names}
+
+
+def netlink(rounds, count):
+    """Case 16: Samples by side, instructions by side, and how a burst ended: (whole, messages,
+    promised). None where no namespace with links of its own can be had."""
+    links = "ip link add near type veth peer name far && ip link set near up && ip link set far up"
+
+    def inside(command):
+        return ["unshare", "--net", "--map-root-user", "sh", "-c", f'{links} && exec "$@"', "sh",
+                *command]
+
+    try:
+        ran = subprocess.run(inside([NETLINK, str(rounds)]), check=True, text=True,
+                             capture_output=True)
+    except subprocess.CalledProcessError:
+        return None
+    values = {"ours": [], "libmnl": []}
+    burst = None
+    for words in map(str.split, ran.stdout.splitlines()):
+        if words[0] in values:
+            values[words[0]].append(float(words[1]))
+        elif words[0] in ("burst", "lost"):
+            burst = (words[0] == "burst", int(words[1]), int(words[2]))
+    instructions = {}
+    if count:
+        printed, totals = callgrind([NETLINK, "4"], inside)
+        messages = sum(int(line.split()[1]) for line in printed.splitlines()
+                       if line.startswith("messages"))
+        instructions = {side: sum(found) / messages for side, found in totals.items()}
+    return {side: Sample(found) for side, found in values.items()}, instructions, burst
 
 
 def memory(side, profiles, interfaces):

@@ -84,6 +84,22 @@ def flat_lines(row, counts):
     return lines
 
 
+def netlink_lines(row, measured):
+    """`measured`: of measure.netlink."""
+    line = Line(row.case, row.title)
+    if measured is None:
+        line.ours = "not measured: no network namespace with links of its own"
+        return [line]
+    times, counts, burst = measured
+    if burst is not None:
+        whole, messages, promised = burst
+        line.what = "messages of one burst"
+        line.ours = f"{messages} {'taken' if whole else 'sent, some lost'}"
+        line.goal = f"no loss of {promised}"
+        line.met = "yes" if whole else "NO"
+    return versus_lines(row, times, counts) + [line]
+
+
 def memory_lines(row, bytes_of):
     """`bytes_of`: (allocated, resident) of each side."""
     lines = []
@@ -113,3 +129,9 @@ def text(lines):
     widths = [max(len(row[i]) for row in rows) for i in range(len(Line.HEAD))]
     return "".join("  ".join(cell.ljust(width) for cell, width in zip(row, widths)).rstrip() + "\n"
                    for row in rows)
+
+
+def summary(lines):
+    judged = [line.met for line in lines if line.met]
+    met = sum(word.startswith("yes") for word in judged)
+    return f"{met} of {len(judged)} goals met"
