@@ -44,9 +44,10 @@ def packages():
 def circumstances():
     with open("/proc/meminfo", encoding="utf-8") as lines:
         memory = int(next(lines).split()[1]) / 2 ** 20
+    kernel = platform.release().split("-")[0]
     return (f"Measured {datetime.date.today()} at commit "
             f"{first_line('git', 'describe', '--always', '--dirty')}, on {processor()}, "
-            f"{os.cpu_count()} processors, {memory:.0f} GiB; Linux {platform.release().split("-")[0]}; "
+            f"{os.cpu_count()} processors, {memory:.0f} GiB; Linux {kernel}; "
             f"{first_line('g++', '--version')}, -O2; {packages()}.\n")
 
 
