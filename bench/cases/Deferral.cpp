@@ -1,5 +1,6 @@
 #include <asio/io_context.hpp>
 #include <asio/post.hpp>
+#include <string>
 
 #include "runtime/model/ErrdisableCauseStatus.h"
 #include "runtime/vek/Activity.h"
@@ -51,11 +52,23 @@ struct Ours {
   std::vector<Vek::Ptr<Waiting>> reactors;
 };
 
-/// One thread uses the context, and it is told so.
+/// `SingleThreaded`: that one thread alone uses the context is told to it.
+template <bool SingleThreaded>
 struct Asio {
-  asio::io_context context{1};
+  asio::io_context context{SingleThreaded ? 1 : ASIO_CONCURRENCY_HINT_DEFAULT};
   Owner owner;
 };
+
+template <bool SingleThreaded>
+std::unique_ptr<Subject> posts() {
+  using State = Asio<SingleThreaded>;
+  return subject(kPending, std::make_unique<State>(), [](State& state) {
+    for (std::size_t i = 0; i < kPending; ++i)
+      asio::post(state.context, [&owner = state.owner] { ++owner.handled; });
+    state.context.restart();
+    state.context.poll();
+  });
+}
 
 }  // namespace
 
@@ -75,15 +88,10 @@ void addDeferral(Registry& registry) {
       state.loop->deliver();
     });
   });
-  for (char const* const name : {"15/deferred/asio", "15/changes/asio"})
-    registry.add(name, [] {
-      return subject(kPending, std::make_unique<Asio>(), [](Asio& state) {
-        for (std::size_t i = 0; i < kPending; ++i)
-          asio::post(state.context, [&owner = state.owner] { ++owner.handled; });
-        state.context.restart();
-        state.context.poll();
-      });
-    });
+  for (std::string const row : {"15/deferred/", "15/changes/"}) {
+    registry.add(row + "asio", posts<false>);
+    registry.add(row + "asio-single", posts<true>);
+  }
 }
 
 }  // namespace Bench

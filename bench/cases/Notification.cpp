@@ -109,6 +109,7 @@ void addNotification(Registry& registry) {
   add<Vector>(registry, "vector");
   add<OnSignals<SigcSignals>>(registry, "sigc");
   add<OnSignals<BoostSignals>>(registry, "boost");
+  add<OnSignals<UnlockedBoostSignals>>(registry, "boost-unlocked");
 }
 
 }  // namespace Bench

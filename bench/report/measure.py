@@ -30,6 +30,12 @@ class Sample:
         return self.at(0.5)
 
 
+def available():
+    """Bytes of memory that may be had."""
+    with open("/proc/meminfo", encoding="utf-8") as lines:
+        return next(int(line.split()[1]) for line in lines if "MemAvailable" in line) * 1024
+
+
 def subjects():
     """The names of all subjects, CASE/ROW/SIDE."""
     listed = subprocess.run([BENCH, "--list"], check=True, capture_output=True, text=True)
