@@ -18,6 +18,11 @@ namespace {
 void logTimeStamps(LinkFlapProfileSm const& sm) {
   auto const& times = sm.linkFlapTimeStamp();
   if (times.count() == 0) return;
+  if (!traceHandle().active()) {
+    // Nobody listens: the points below are passed all the same.
+    traceHandle().pass(times.count() < 5 ? 1 + times.count() : times.count() == 5 ? 6 : 7);
+    return;
+  }
   Trace::logTimeStampsTitle("Flaps occurred as per ", sm.profileName(),
                             " in the following time frame : ");
   unsigned countdown = 5;
@@ -45,6 +50,14 @@ void clearHistories(LinkFlapProfileSm& sm) {
 
 }  // namespace
 
+void traceCounted(LinkFlapProfileSm const& sm, bool counted, std::uint32_t maxFlaps) {
+  if (counted)
+    Trace::evaluateErrDisableFlapCounted("curFlaps changed to: ", sm.curFlaps());
+  else
+    Trace::evaluateErrDisableNewInterval("curFlaps set to 1 : ", sm.curFlaps());
+  Trace::evaluateErrDisableLimit("curFlaps: ", sm.curFlaps(), " macFlapsConfig: ", maxFlaps);
+}
+
 void declareErrDisable(LinkFlapProfileSm& sm, std::uint32_t maxFlaps,
                        Errdisable::CauseStatus::Room room) noexcept {
   LinkFlapProfileSm::Ptr const hold{&sm};  // whoever hears of the record may remove this machine
@@ -62,8 +75,9 @@ bool evaluateErrDisable(Vek::Ptr<LinkFlapProfileSm> profileSm, double flapTime,
                         double firstFlapTime, std::uint32_t maxFlaps, double interval,
                         std::uint32_t violations, std::uint32_t trackedIntervals) {
   LinkFlapProfileSm& sm = *profileSm;
-  Counters const before{sm};
-  if (!countFlap(sm, flapTime, firstFlapTime, {maxFlaps, interval, violations, trackedIntervals}))
+  Counters before;
+  if (!countFlap(sm, flapTime, firstFlapTime, {maxFlaps, interval, violations, trackedIntervals},
+                 before))
     return false;
   // Order: the memory for the record comes first. A flap that err-disables does so with all that
   // belongs to it, or is not counted, so that the next one does in its place.

@@ -21,19 +21,18 @@ struct ProfileValues {
   std::uint32_t trackedIntervals;
 };
 
-/// The counters of a profile machine, to go back to when a flap cannot be counted after all.
+/// What the counters of a profile machine were, to go back to when a flap cannot be counted after
+/// all.
 struct Counters {
-  explicit Counters(LinkFlapProfileSm const& sm) noexcept
-      : flaps{sm.curFlaps()}, intervals{sm.curIntervals()}, violations{sm.curViolations()} {}
+  std::uint32_t flaps;
+  std::uint32_t intervals;
+  std::uint32_t violations;
+
   void restore(LinkFlapProfileSm& sm) const noexcept {
     sm.curFlapsIs(flaps);
     sm.curIntervalsIs(intervals);
     sm.curViolationsIs(violations);
   }
-
-  std::uint32_t flaps;
-  std::uint32_t intervals;
-  std::uint32_t violations;
 };
 
 /// What the record of an err-disable of this machine's interface needs memory for. Throws
@@ -74,34 +73,47 @@ inline std::uint64_t intervalOf(double flapTime, double firstFlapTime, double in
   return truncated(static_cast<double>(truncated(age)) / interval);
 }
 
+/// The traces of `countFlap`, while anybody listens. `counted`: whether the flap fell into the
+/// interval being counted.
+[[gnu::cold, gnu::noinline]] void traceCounted(LinkFlapProfileSm const& sm, bool counted,
+                                               std::uint32_t maxFlaps);
+
 /// Counts one flap; the result says whether it err-disables the interface, which is then for the
-/// caller to declare. Calls nobody but the trace sink.
-inline bool countFlap(LinkFlapProfileSm& sm, double flapTime, double firstFlapTime,
-                      ProfileValues const& values) {
+/// caller to declare, and only then `before` is set. Calls nobody but the trace sink.
+[[gnu::always_inline]] inline bool countFlap(LinkFlapProfileSm& sm, double flapTime,
+                                             double firstFlapTime, ProfileValues const& values,
+                                             Counters& before) {
   Trace::evaluateErrDisable(static_cast<void const*>(&sm), "::evaluateErrDisable");
   std::uint64_t const intervalIndex = intervalOf(flapTime, firstFlapTime, values.interval);
 
   // Deliberate: compared as 64-bit numbers, so an index of 2^32 or more always begins an interval.
-  if (intervalIndex == sm.curIntervals()) {
-    sm.curFlapsIs(sm.curFlaps() + 1);
-    Trace::evaluateErrDisableFlapCounted("curFlaps changed to: ", sm.curFlaps());
+  std::uint32_t const flaps = sm.curFlaps();
+  std::uint32_t const intervals = sm.curIntervals();
+  bool const counted = intervalIndex == intervals;
+  if (counted) {
+    sm.curFlapsIs(flaps + 1);
   } else {
     sm.curIntervalsIs(static_cast<std::uint32_t>(intervalIndex));
     sm.curFlapsIs(1);
-    Trace::evaluateErrDisableNewInterval("curFlaps set to 1 : ", sm.curFlaps());
   }
-  Trace::evaluateErrDisableLimit("curFlaps: ", sm.curFlaps(), " macFlapsConfig: ", values.maxFlaps);
+  if (traceHandle().active()) [[unlikely]]
+    traceCounted(sm, counted, values.maxFlaps);
+  else
+    traceHandle().pass(2);
 
   // Deliberate: equality, in 32 bits. Only the flap that first exceeds the limit within an interval
   // is a violation; those that follow it there add nothing.
-  if (sm.curFlaps() != values.maxFlaps + 1) return false;
+  if (sm.curFlaps() != values.maxFlaps + 1) [[likely]]
+    return false;
   sm.curViolationsIs(sm.curViolations() + 1);
 
   // Deliberate: the count is not taken back when a test fails. Once it has passed `violations`, no
   // flap err-disables until something starts the counting anew.
   if (sm.curViolations() != values.violations) return false;
   // Deliberate: intervals 0 to `trackedIntervals` inclusive, which is one more than the name says.
-  return intervalIndex <= values.trackedIntervals;
+  if (intervalIndex > values.trackedIntervals) return false;
+  before = {flaps, intervals, sm.curViolations() - 1};
+  return true;
 }
 
 }  // namespace LinkFlap

@@ -60,10 +60,10 @@ void LinkFlapProfileSm::handleLinkStatus() {
   // Deliberate: the product wraps at 2^32 before it becomes a time.
   auto const trackingWindow =
       static_cast<double>(static_cast<std::uint32_t>(values.interval) * values.trackedIntervals);
-  Counters const before{*this};
+  Counters before;
   if (now - firstFlapTime > trackingWindow) [[unlikely]] {
     countAndAge(now, firstFlapTime, trackingWindow, values);
-  } else if (countFlap(*this, now, firstFlapTime, values)) {
+  } else if (countFlap(*this, now, firstFlapTime, values, before)) {
     errDisable(before, values.maxFlaps, {});
   }
 }
@@ -99,8 +99,8 @@ void LinkFlapProfileSm::countAndAge(double now, double firstFlapTime, double tra
       throw;
     }
   }
-  Counters const before{*this};
-  if (countFlap(*this, now, firstFlapTime, values)) {
+  Counters before;
+  if (countFlap(*this, now, firstFlapTime, values, before)) {
     errDisable(before, values.maxFlaps, std::move(room));
     return;
   }
@@ -117,7 +117,7 @@ void LinkFlapProfileSm::countAndAge(double now, double firstFlapTime, double tra
   auto flap = linkFlapTimeStamp_.iterator();
   double const newHead = flap->time();
   for (; flap; ++flap) {
-    if (!countFlap(*this, flap->time(), newHead, values)) continue;
+    if (!countFlap(*this, flap->time(), newHead, values, before)) continue;
     if (!room) room = recordRoom(*this);
     declareErrDisable(*this, values.maxFlaps, std::move(room));
     return;

@@ -13,22 +13,20 @@ namespace {
 
 constexpr double kNever{-std::numeric_limits<double>::infinity()};
 
-struct Clock {
-  ClockSource source;
-  double last{kNever};
-};
+constinit double last{kNever};
+constinit ClockSource* source{nullptr};  // null: the system's clock
 
 // Never destroyed: the clock may be read while statics are being destroyed. In memory of its own:
-// reading it never fails.
-Clock& clock() noexcept {
-  alignas(Clock) static std::byte memory[sizeof(Clock)];
-  static auto* const instance = new (memory) Clock;
+// reading the clock never fails.
+ClockSource& heldSource() noexcept {
+  alignas(ClockSource) static std::byte memory[sizeof(ClockSource)];
+  static auto* const instance = new (memory) ClockSource;
   return *instance;
 }
 
-double reading(ClockSource const& source) noexcept {
+double reading(ClockSource const& read) noexcept {
   try {
-    return source();
+    return read();
   } catch (...) {
     return std::numeric_limits<double>::quiet_NaN();
   }
@@ -42,21 +40,22 @@ double monotonicSeconds() {
 }  // namespace
 
 double now() noexcept {
-  Clock& c = clock();
-  double const time = c.source ? reading(c.source) : monotonicSeconds();
+  double const time = source != nullptr ? reading(*source) : monotonicSeconds();
   // An infinite reading would hold the clock for ever, and nothing that is no number has an age:
   // both are held like a step back. A run that begins with one begins at 0.
-  if (time >= c.last && std::isfinite(time)) {
-    c.last = time;
-  } else if (c.last == kNever) {
-    c.last = 0;
+  if (time >= last && std::isfinite(time)) [[likely]] {
+    last = time;
+  } else if (last == kNever) {
+    last = 0;
   }
-  return c.last;
+  return last;
 }
 
-ClockSource clockSourceIs(ClockSource source) {
-  clock().last = kNever;
-  return std::exchange(clock().source, std::move(source));
+ClockSource clockSourceIs(ClockSource newSource) {
+  last = kNever;
+  ClockSource previous = std::exchange(heldSource(), std::move(newSource));
+  source = heldSource() ? &heldSource() : nullptr;
+  return previous;
 }
 
 ManualClock::ManualClock(double seconds)

@@ -152,8 +152,18 @@ class LinkQueue {
 
   /// Removes every entry, from head to tail.
   void clear() noexcept {
-    while (head_ != nullptr)
-      release(unlink(nullptr, head_));
+    if (head_ == nullptr) return;
+    // As if one by one. Only the removal of one that leaves others behind raises a next index that
+    // lags behind the tail.
+    if (count_ > 1 && metadata_.nextIndex <= tail_->index_) metadata_.nextIndex = tail_->index_ + 1;
+    metadata_.headIndex = metadata_.nextIndex;
+    version_ += count_;
+    count_ = 0;
+    Node* entry = std::exchange(head_, nullptr);
+    tail_ = nullptr;
+    headValue_ = Value{};
+    while (entry != nullptr)
+      release(std::exchange(entry, std::exchange(entry->next_, nullptr)));
   }
 
   /// A walk from the head on, which goes on correctly when entries are removed or appended.

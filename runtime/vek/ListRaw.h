@@ -33,8 +33,6 @@ class ListRawGeneric {
   void clear() noexcept {
     while (first_ != nullptr)
       unlink(*first_);
-    for (Walk* walk = walks_; walk != nullptr; walk = walk->outer_)
-      if (walk->list_ == this) walk->list_ = nullptr;
   }
 
  protected:
@@ -43,8 +41,7 @@ class ListRawGeneric {
   class Walk {
    public:
     explicit Walk(ListRawGeneric& list) noexcept
-        : list_{&list},
-          next_{list.first_},
+        : next_{list.first_},
           end_{list.first_ == nullptr ? nullptr : list.first_->previous_},
           outer_{walks_} {
       // The stack of walks knows this one while it lives, which g++ cannot see.
@@ -71,9 +68,6 @@ class ListRawGeneric {
     Link* current() const noexcept {
       return current_;
     }
-    bool listGone() const noexcept {
-      return list_ == nullptr;
-    }
 
    private:
     friend class ListRawGeneric;
@@ -85,7 +79,6 @@ class ListRawGeneric {
       if (end_ == &link) end_ = link.previous_;
     }
 
-    ListRawGeneric const* list_;
     Link* current_{nullptr};
     Link* next_;
     Link* end_;
@@ -189,8 +182,6 @@ class SnapshotIterator : private ListRawGeneric::Walk {
   T* next() noexcept { return ListRaw<T>::typed(Walk::advance()); }
   /// The member that the walk stands on; null when it has left the list (and perhaps is no more).
   T* current() const noexcept { return ListRaw<T>::typed(Walk::current()); }
-  /// Whether the list itself has gone.
-  using Walk::listGone;
 };
 
 }  // namespace Vek

@@ -158,13 +158,27 @@ class Notifier : public Entity {
   }
 
   template <auto const& attribute, typename Watcher, typename Raise>
-  static void tellRound(Round& round, Raise const& raise);
+  [[gnu::always_inline]] static void tellRound(Round& round, Raise const& raise);
   template <auto const& attribute, typename Watcher, typename Raise>
-  static void tellRounds(Group& group, Round& first, Round& last, Raise const& raise);
+  [[gnu::noinline]] static void tellRounds(Group& group, Round& first, Round& last,
+                                           Raise const& raise);
 
   mutable AttributeMask firstWatching_{0};
   mutable Group first_;
 };
+
+template <auto const& attribute, typename Watcher, typename Raise>
+inline void Notifier::tellRound(Round& round, Raise const& raise) {
+  while (NotifieeConst* const watcher = round.walk.next()) {
+    // Read before the call: afterwards the watcher may be no more, and a report names its class.
+    std::type_info const& type = typeid(*watcher);
+    try {
+      raise(static_cast<Watcher&>(*watcher), round.walk);
+    } catch (...) {
+      watcherThrew(round.walk, attribute.id, attribute.name, type);
+    }
+  }
+}
 
 // Order: the walks over all groups begin before anyone is told, one recursion deeper for each group
 // after the first. So nobody who comes while others are told hears of this change, and once somebody
@@ -194,19 +208,6 @@ void Notifier::tellRounds(Group& group, Round& first, Round& last, Raise const& 
   }
   for (Round* told = &first; told != nullptr; told = told->next)
     tellRound<attribute, Watcher>(*told, raise);
-}
-
-template <auto const& attribute, typename Watcher, typename Raise>
-void Notifier::tellRound(Round& round, Raise const& raise) {
-  while (NotifieeConst* const watcher = round.walk.next()) {
-    // Read before the call: afterwards the watcher may be no more, and a report names its class.
-    std::type_info const& type = typeid(*watcher);
-    try {
-      raise(static_cast<Watcher&>(*watcher), round.walk);
-    } catch (...) {
-      watcherThrew(round.walk, attribute.id, attribute.name, type);
-    }
-  }
 }
 
 /// Reports that an object is not of the watched type, whose name is the message.

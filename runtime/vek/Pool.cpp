@@ -24,32 +24,33 @@ constinit std::byte* arenaEnd{nullptr};
 constinit std::mutex mutex;
 
 constexpr std::size_t sizeClass(std::size_t size) noexcept {
-  return (size + Pool::kAlignment - 1) / Pool::kAlignment;
+  // Nothing is smaller than a cell of a free list.
+  return size == 0 ? 1 : (size + Pool::kAlignment - 1) / Pool::kAlignment;
 }
 
-[[gnu::noinline]] void* carve(std::size_t index) {
-  std::size_t const size = index == 0 ? Pool::kAlignment : index * Pool::kAlignment;
-  if (static_cast<std::size_t>(arenaEnd - arena) < size) {
-    // What is left of the last chunk is less than one object of this size: not worth keeping.
-    auto* const chunk = static_cast<std::byte*>(::operator new(kChunk));
-    arena = chunk;
-    arenaEnd = chunk + kChunk;
+[[gnu::cold, gnu::noinline]] void* carveFromNewChunk(std::size_t size) {
+  // What is left of the last chunk is less than one object of this size: not worth keeping.
+  auto* const chunk = static_cast<std::byte*>(::operator new(kChunk));
+  arena = chunk + size;
+  arenaEnd = chunk + kChunk;
+  return chunk;
+}
+
+[[gnu::always_inline]] inline void* take(std::size_t index) {
+  Cell*& first = freeCells[index];
+  if (Cell* const cell = first) {
+    first = cell->next;
+    return cell;
   }
+  std::size_t const size = index * Pool::kAlignment;
+  if (static_cast<std::size_t>(arenaEnd - arena) < size) [[unlikely]]
+    return carveFromNewChunk(size);
   void* const memory = arena;
   arena += size;
   return memory;
 }
 
-void* take(std::size_t index) {
-  Cell*& first = freeCells[index];
-  if (first == nullptr) [[unlikely]]
-    return carve(index);
-  Cell* const cell = first;
-  first = cell->next;
-  return cell;
-}
-
-void give(void* memory, std::size_t index) noexcept {
+[[gnu::always_inline]] inline void give(void* memory, std::size_t index) noexcept {
   freeCells[index] = new (memory) Cell{freeCells[index]};
 }
 
@@ -103,5 +104,13 @@ void Pool::release(void* memory, std::size_t /*size*/) noexcept {
 }
 
 #endif
+
+void* PtrInterface::operator new(std::size_t size) {
+  return Pool::allocate(size);
+}
+
+void PtrInterface::operator delete(void* memory, std::size_t size) noexcept {
+  Pool::release(memory, size);
+}
 
 }  // namespace Vek

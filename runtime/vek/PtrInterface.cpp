@@ -6,7 +6,6 @@
 #include <unordered_set>
 
 #include "runtime/vek/Assertion.h"
-#include "runtime/vek/Pool.h"
 
 namespace Vek {
 
@@ -70,14 +69,6 @@ void PtrInterface::trackNew() const noexcept {
 
 void PtrInterface::trackGone() const noexcept {
   PtrTrack::ptrifDel(this);
-}
-
-void* PtrInterface::operator new(std::size_t size) {
-  return Pool::allocate(size);
-}
-
-void PtrInterface::operator delete(void* memory, std::size_t size) noexcept {
-  Pool::release(memory, size);
 }
 
 namespace {

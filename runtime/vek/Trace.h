@@ -68,8 +68,8 @@ class TraceHandle {
 
   /// Whether anybody may want a message: a level is enabled, or there is a coverage stream.
   bool active() const noexcept { return active_; }
-  /// Counts the passing of a trace point while the facility is not enabled.
-  void pass() noexcept { ++hits_; }
+  /// Counts the passing of trace points while the facility is not active.
+  void pass(std::uint32_t points = 1) noexcept { hits_ += points; }
   /// Counts the passing of a trace point and tells whether its level is enabled.
   ///
   /// Deliberate: it counts 2 when the facility is enabled and 1 when it is not, so that the counter
