@@ -6,6 +6,8 @@
 
 #include "statemachines/LinkFlapSm.h"
 
+#pragma GCC visibility push(default)
+
 // The views by name of the four machine types. What they expose stands in the types' records; all
 // logic is the runtime's.
 
@@ -65,3 +67,5 @@ class Root::GenericIf_::GenericIf_Adapter_ final : public Root::NotifieeConst {
 };
 
 }  // namespace LinkFlap
+
+#pragma GCC visibility pop

@@ -4,6 +4,8 @@
 
 #include "statemachines/LinkFlapSm.h"
 
+#pragma GCC visibility push(default)
+
 // The type records of the four machines. Each table is filled in by a function of its own file.
 
 namespace LinkFlap {
@@ -38,3 +40,5 @@ void defineLinkFlapProfileSm(Vek::IntrospectionReactor& reactor, LinkFlapProfile
 void vekInitLinkFlapSm();
 
 }  // namespace LinkFlap
+
+#pragma GCC visibility pop

@@ -12,6 +12,8 @@
 
 #include "statemachines/LinkFlapProfileSm.h"
 
+#pragma GCC visibility push(default)
+
 namespace LinkFlap {
 
 /// The machine of one monitored interface: follows the interface's link-flap settings and owns one
@@ -183,3 +185,5 @@ Vek::String const& builtInProfile();
 std::ostream& operator<<(std::ostream& out, LinkFlapIntfSm* sm);
 
 }  // namespace LinkFlap
+
+#pragma GCC visibility pop

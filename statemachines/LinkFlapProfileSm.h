@@ -14,6 +14,8 @@
 
 #include "statemachines/Machine.h"
 
+#pragma GCC visibility push(default)
+
 namespace LinkFlap {
 
 class LinkFlapIntfSm;
@@ -238,3 +240,5 @@ bool evaluateErrDisable(Vek::Ptr<LinkFlapProfileSm> profileSm, double flapTime,
                         std::uint32_t violations, std::uint32_t trackedIntervals);
 
 }  // namespace LinkFlap
+
+#pragma GCC visibility pop

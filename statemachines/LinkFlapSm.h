@@ -15,6 +15,8 @@
 #include "statemachines/LinkFlapProfileSm.h"
 #include "statemachines/Root.h"
 
+#pragma GCC visibility push(default)
+
 /// Link-flap detection: the chief header. It declares the top-level machine and, by what it
 /// includes, the other three: `Root` (which a host makes), `LinkFlapIntfSm`, `LinkFlapProfileSm`.
 namespace LinkFlap {
@@ -229,3 +231,5 @@ void deleteLinkFlapIntfSm(LinkFlapSm::Ptr sm, Tarn::IntfId intfId);
 std::ostream& operator<<(std::ostream& out, LinkFlapSm* sm);
 
 }  // namespace LinkFlap
+
+#pragma GCC visibility pop

@@ -2,6 +2,8 @@
 
 #include "runtime/vek/PtrInterface.h"
 
+#pragma GCC visibility push(default)
+
 namespace LinkFlap {
 
 /// Base of the three state machines: whether the first pass has run. A base of its own, since its
@@ -22,3 +24,5 @@ class Machine : public Vek::PtrInterface {
 };
 
 }  // namespace LinkFlap
+
+#pragma GCC visibility pop

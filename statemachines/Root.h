@@ -10,6 +10,8 @@
 #include "runtime/vek/ListRaw.h"
 #include "runtime/vek/Notifiee.h"
 
+#pragma GCC visibility push(default)
+
 namespace LinkFlap {
 
 class LinkFlapSm;
@@ -126,3 +128,5 @@ class Root::Notifiee : public Root::NotifieeConst {
 Vek::Ptr<Root> rootFactory(Vek::Name name);
 
 }  // namespace LinkFlap
+
+#pragma GCC visibility pop

@@ -3,6 +3,8 @@
 #include "runtime/vek/Assertion.h"
 #include "runtime/vek/Trace.h"
 
+#pragma GCC visibility push(default)
+
 /// Every trace point and assertion of the library, in the order of its source lines.
 ///
 /// Tools filter and count by level, line and function, so these are part of the library's
@@ -70,3 +72,5 @@ inline constexpr auto linkFlapSmHandleInitialized        = at(460, "!initialized
 // clang-format on
 
 }  // namespace LinkFlap
+
+#pragma GCC visibility pop

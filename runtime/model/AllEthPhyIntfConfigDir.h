@@ -4,6 +4,8 @@
 #include "runtime/tarn/IntfId.h"
 #include "runtime/vek/State.h"
 
+#pragma GCC visibility push(default)
+
 namespace Interface {
 
 /// Directory of the configuration of all physical Ethernet interfaces. Input, one instance. An
@@ -67,3 +69,5 @@ consteval Vek::AttributeMask AllEthPhyIntfConfigDir::NotifieeConst::overriddenBy
 }
 
 }  // namespace Interface
+
+#pragma GCC visibility pop

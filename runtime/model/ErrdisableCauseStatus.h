@@ -3,6 +3,8 @@
 #include "runtime/tarn/IntfId.h"
 #include "runtime/vek/State.h"
 
+#pragma GCC visibility push(default)
+
 namespace Errdisable {
 
 /// The err-disable record of one cause. Output: the one object that the link-flap library writes.
@@ -65,3 +67,5 @@ consteval Vek::AttributeMask CauseStatus::NotifieeConst::overriddenBy() {
 }
 
 }  // namespace Errdisable
+
+#pragma GCC visibility pop

@@ -2,6 +2,8 @@
 
 #include "runtime/vek/State.h"
 
+#pragma GCC visibility push(default)
+
 namespace Errdisable {
 
 /// The err-disable configuration of the switch. Input, one instance.
@@ -84,3 +86,5 @@ consteval Vek::AttributeMask Config::NotifieeConst::overriddenBy() {
 }
 
 }  // namespace Errdisable
+
+#pragma GCC visibility pop

@@ -5,6 +5,8 @@
 #include "runtime/tarn/IntfId.h"
 #include "runtime/vek/State.h"
 
+#pragma GCC visibility push(default)
+
 namespace Interface {
 
 /// Where the configuring of an interface's physical layer stands. The platform's enumeration: the
@@ -66,3 +68,5 @@ consteval Vek::AttributeMask EthPhyIntfConfig::NotifieeConst::overriddenBy() {
 }
 
 }  // namespace Interface
+
+#pragma GCC visibility pop

@@ -5,6 +5,8 @@
 #include "runtime/tarn/IntfId.h"
 #include "runtime/vek/State.h"
 
+#pragma GCC visibility push(default)
+
 namespace Interface {
 
 /// The raw link status as the driver reports it. The platform's enumeration: the link-flap library
@@ -66,3 +68,5 @@ consteval Vek::AttributeMask EthPhyIntfStatus::NotifieeConst::overriddenBy() {
 }
 
 }  // namespace Interface
+
+#pragma GCC visibility pop

@@ -5,6 +5,8 @@
 #include "runtime/tarn/IntfId.h"
 #include "runtime/vek/State.h"
 
+#pragma GCC visibility push(default)
+
 namespace LinkFlap {
 
 /// The link-flap configuration of the whole switch. Input, one instance; written by the command
@@ -132,3 +134,5 @@ consteval Vek::AttributeMask Config::NotifieeConst::overriddenBy() {
 }
 
 }  // namespace LinkFlap
+
+#pragma GCC visibility pop

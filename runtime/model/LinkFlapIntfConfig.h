@@ -2,6 +2,8 @@
 
 #include "runtime/vek/State.h"
 
+#pragma GCC visibility push(default)
+
 namespace LinkFlap {
 
 /// The link-flap configuration of one interface. Input; a member of `Config.intfConfig`.
@@ -64,3 +66,5 @@ consteval Vek::AttributeMask IntfConfig::NotifieeConst::overriddenBy() {
 }
 
 }  // namespace LinkFlap
+
+#pragma GCC visibility pop

@@ -2,6 +2,8 @@
 
 #include "runtime/vek/State.h"
 
+#pragma GCC visibility push(default)
+
 namespace LinkFlap {
 
 /// One named detection profile. Input; a member of `Config.profileConfig`, under its own name.
@@ -74,3 +76,5 @@ consteval Vek::AttributeMask ProfileConfig::NotifieeConst::overriddenBy() {
 }
 
 }  // namespace LinkFlap
+
+#pragma GCC visibility pop

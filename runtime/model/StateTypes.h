@@ -5,6 +5,8 @@
 #include "runtime/tarn/IntfIdValue.h"
 #include "runtime/vek/Value.h"
 
+#pragma GCC visibility push(default)
+
 // What the reflection must know of the state types beyond their descriptors.
 
 template <>
@@ -15,3 +17,5 @@ template <>
 struct Vek::EnumName<Interface::PhyConfigState> {
   static constexpr std::string_view name{"Interface::PhyConfigState"};
 };
+
+#pragma GCC visibility pop

@@ -7,6 +7,8 @@
 
 #include "runtime/vek/String.h"
 
+#pragma GCC visibility push(default)
+
 namespace Tarn {
 
 /// Identifier of an interface, made from its name; the empty name gives the null identifier.
@@ -43,3 +45,5 @@ template <>
 struct std::hash<Tarn::IntfId> {
   std::size_t operator()(Tarn::IntfId const& id) const noexcept { return id.hash(); }
 };
+
+#pragma GCC visibility pop

@@ -3,6 +3,8 @@
 #include "runtime/tarn/IntfId.h"
 #include "runtime/vek/Value.h"
 
+#pragma GCC visibility push(default)
+
 namespace Tarn {
 inline Vek::String const& nameOf(IntfId const& id) {
   return id.name();
@@ -15,3 +17,5 @@ struct Vek::ValueTraits<Tarn::IntfId> : Vek::TextValueTraits<Tarn::IntfId, Tarn:
   static constexpr ValueType type{"Tarn::IntfId", &typeid(Tarn::IntfId), false, detail::stringText,
                                   detail::stringOfText<Tarn::IntfId>};
 };
+
+#pragma GCC visibility pop

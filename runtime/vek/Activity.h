@@ -8,6 +8,8 @@
 #include "runtime/vek/ListRaw.h"
 #include "runtime/vek/Ptr.h"
 
+#pragma GCC visibility push(default)
+
 namespace Vek {
 
 class ActivityConfig;
@@ -142,3 +144,5 @@ class Deferral : public ListRaw<Deferral>::Link {
 };
 
 }  // namespace Vek
+
+#pragma GCC visibility pop

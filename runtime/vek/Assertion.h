@@ -1,5 +1,7 @@
 #pragma once
 
+#pragma GCC visibility push(default)
+
 namespace Vek {
 
 /// Ends the process by SIGABRT after writing `message` and a line end to standard error.
@@ -26,3 +28,5 @@ struct Assertion {
 };
 
 }  // namespace Vek
+
+#pragma GCC visibility pop

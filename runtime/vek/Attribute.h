@@ -8,6 +8,8 @@
 #include "runtime/vek/Collection.h"
 #include "runtime/vek/Notifiee.h"
 
+#pragma GCC visibility push(default)
+
 namespace Vek {
 
 /// Describes one plain attribute of a state type: everything the runtime knows about it.
@@ -81,3 +83,5 @@ consteval bool distinct(std::tuple<Attributes...> const& table) {
 }
 
 }  // namespace Vek
+
+#pragma GCC visibility pop

@@ -6,6 +6,8 @@
 #include "runtime/vek/HashMap.h"
 #include "runtime/vek/Value.h"
 
+#pragma GCC visibility push(default)
+
 namespace Vek {
 
 /// Refuses a change through a read-only view: throws `Vek::Exception` "attempting to modify a const
@@ -70,3 +72,5 @@ class AttributeWalk final : public AttributeIterator {
 };
 
 }  // namespace Vek
+
+#pragma GCC visibility pop

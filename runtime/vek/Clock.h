@@ -2,6 +2,8 @@
 
 #include <functional>
 
+#pragma GCC visibility push(default)
+
 namespace Vek {
 
 /// The time in seconds on the host's monotonic clock, from an origin that is fixed for the run.
@@ -38,3 +40,5 @@ class ManualClock {
 };
 
 }  // namespace Vek
+
+#pragma GCC visibility pop

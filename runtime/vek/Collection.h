@@ -7,6 +7,8 @@
 #include "runtime/vek/HashMap.h"
 #include "runtime/vek/Pool.h"
 
+#pragma GCC visibility push(default)
+
 namespace Vek {
 
 /// One member of a keyed attribute: its key and its value.
@@ -79,3 +81,5 @@ class Collection {
 };
 
 }  // namespace Vek
+
+#pragma GCC visibility pop

@@ -6,6 +6,8 @@
 #include "runtime/vek/PtrInterface.h"
 #include "runtime/vek/String.h"
 
+#pragma GCC visibility push(default)
+
 namespace Vek {
 
 /// A named object with a place in a tree of entities.
@@ -44,3 +46,5 @@ class Entity : public PtrInterface {
 };
 
 }  // namespace Vek
+
+#pragma GCC visibility pop

@@ -8,6 +8,8 @@
 
 #include "runtime/vek/String.h"
 
+#pragma GCC visibility push(default)
+
 namespace Vek {
 
 /// Small numbers that name the kinds of exceptions; 0 names none.
@@ -109,3 +111,5 @@ class Expect {
 std::string typeText(std::type_info const& type);
 
 }  // namespace Vek
+
+#pragma GCC visibility pop

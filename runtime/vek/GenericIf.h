@@ -11,6 +11,8 @@
 #include "runtime/vek/Value.h"
 #include "runtime/vek/VekType.h"
 
+#pragma GCC visibility push(default)
+
 namespace Vek {
 
 /// `indexed`: whether the operation was on a member.
@@ -136,3 +138,5 @@ std::unique_ptr<GenericIf> genericIfOf(Ptr<PtrInterface const> const& object, bo
 Value valueOfText(std::string_view text, ValueType const& type);
 
 }  // namespace Vek
+
+#pragma GCC visibility pop

@@ -8,6 +8,8 @@
 #include "runtime/vek/HashMapGeneric.h"
 #include "runtime/vek/Ptr.h"
 
+#pragma GCC visibility push(default)
+
 namespace Vek {
 
 /// Size hint of the collections that hold one entry for each profile or interface.
@@ -154,3 +156,5 @@ class HashMap<Entry, Key, Value>::Iterator {
 };
 
 }  // namespace Vek
+
+#pragma GCC visibility pop

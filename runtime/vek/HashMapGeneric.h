@@ -4,6 +4,8 @@
 #include <cstddef>
 #include <cstdint>
 
+#pragma GCC visibility push(default)
+
 namespace Vek {
 
 /// The 32 bits of `value` in reverse order.
@@ -116,3 +118,5 @@ class HashMapGeneric {
 };
 
 }  // namespace Vek
+
+#pragma GCC visibility pop

@@ -4,6 +4,8 @@
 
 #include "runtime/vek/Ptr.h"
 
+#pragma GCC visibility push(default)
+
 namespace Vek {
 
 /// A machine's hold on one watched input: nothing, or one reactor bound to the object.
@@ -56,3 +58,5 @@ class Input {
 };
 
 }  // namespace Vek
+
+#pragma GCC visibility pop

@@ -7,6 +7,8 @@
 #include "runtime/vek/Ptr.h"
 #include "runtime/vek/PtrInterface.h"
 
+#pragma GCC visibility push(default)
+
 namespace Vek {
 
 [[noreturn]] void throwLinkQueueFull();
@@ -322,3 +324,5 @@ class LinkQueue<Entry, Index, Value>::Iterator {
 };
 
 }  // namespace Vek
+
+#pragma GCC visibility pop

@@ -1,5 +1,7 @@
 #pragma once
 
+#pragma GCC visibility push(default)
+
 namespace Vek {
 
 template <typename T>
@@ -185,3 +187,5 @@ class SnapshotIterator : private ListRawGeneric::Walk {
 };
 
 }  // namespace Vek
+
+#pragma GCC visibility pop

@@ -10,6 +10,8 @@
 #include "runtime/vek/Ptr.h"
 #include "runtime/vek/PtrInterface.h"
 
+#pragma GCC visibility push(default)
+
 namespace Vek {
 
 /// A set of attributes of one type, as one bit each; see `attributeBit`.
@@ -249,3 +251,5 @@ consteval bool inheritsKeyed(void (C::* /*notification*/)(Key)) {
 }
 
 }  // namespace Vek
+
+#pragma GCC visibility pop

@@ -9,6 +9,8 @@
 #include "runtime/vek/Value.h"
 #include "runtime/vek/VekType.h"
 
+#pragma GCC visibility push(default)
+
 // Objects by path: where a person's text meets the tree of objects.
 //
 //   path  = name { "/" attribute [ "[" key "]" ] }
@@ -55,3 +57,5 @@ std::string objectPath(PtrInterface const& object);
 Ptr<PtrInterface const> objectOfPath(char const*& begin, char const* end);
 
 }  // namespace Vek
+
+#pragma GCC visibility pop

@@ -2,6 +2,8 @@
 
 #include <cstddef>
 
+#pragma GCC visibility push(default)
+
 namespace Vek {
 
 /// The memory of the runtime's small objects: a free list for each size over a bump arena.
@@ -29,3 +31,5 @@ class Pool {
 };
 
 }  // namespace Vek
+
+#pragma GCC visibility pop

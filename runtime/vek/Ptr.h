@@ -9,6 +9,8 @@
 
 #include "runtime/vek/Pool.h"
 
+#pragma GCC visibility push(default)
+
 namespace Vek {
 
 /// Ends the process: an empty pointer was dereferenced where an object is required.
@@ -109,3 +111,5 @@ struct std::hash<Vek::Ptr<T>> {
     return std::hash<T*>{}(pointer.get());
   }
 };
+
+#pragma GCC visibility pop

@@ -5,6 +5,8 @@
 #include <cstdint>
 #include <utility>
 
+#pragma GCC visibility push(default)
+
 namespace Vek {
 
 class VekType;
@@ -146,3 +148,5 @@ class PtrTrack {
 };
 
 }  // namespace Vek
+
+#pragma GCC visibility pop

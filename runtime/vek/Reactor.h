@@ -9,6 +9,8 @@
 #include "runtime/vek/Attribute.h"
 #include "runtime/vek/Notifiee.h"
 
+#pragma GCC visibility push(default)
+
 namespace Vek {
 
 /// A watcher that turns the notifications of `Watched` into calls of its owner's handlers.
@@ -215,3 +217,5 @@ class ActivityReactor : public Reactor<Self, Owner, Watched>, private DeferredDe
 };
 
 }  // namespace Vek
+
+#pragma GCC visibility pop

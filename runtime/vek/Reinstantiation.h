@@ -3,6 +3,8 @@
 #include "runtime/vek/Ptr.h"
 #include "runtime/vek/String.h"
 
+#pragma GCC visibility push(default)
+
 namespace Vek {
 
 /// The textual form of a pointer: "0x" and hexadecimal digits; "0x0" for the null pointer.
@@ -31,3 +33,5 @@ Ptr<T> const& validPtr(Ptr<T> const& pointer) {
 }
 
 }  // namespace Vek
+
+#pragma GCC visibility pop

@@ -7,6 +7,8 @@
 
 #include "runtime/vek/PtrInterface.h"
 
+#pragma GCC visibility push(default)
+
 namespace Vek {
 
 /// An exception that left a callback. The runtime keeps it: whoever changed the attribute does not
@@ -30,3 +32,5 @@ void reportCallbackException(AttributeId attribute, std::string_view attributeNa
                              std::type_info const& watcher) noexcept;
 
 }  // namespace Vek
+
+#pragma GCC visibility pop

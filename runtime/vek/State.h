@@ -9,6 +9,8 @@
 #include "runtime/vek/Attribute.h"
 #include "runtime/vek/Notifiee.h"
 
+#pragma GCC visibility push(default)
+
 namespace Vek {
 
 /// Whether a write of `b` over `a` changes nothing. A value that is not a number equals itself here,
@@ -171,3 +173,5 @@ class State : public Notifier {
 };
 
 }  // namespace Vek
+
+#pragma GCC visibility pop

@@ -8,6 +8,8 @@
 
 #include "runtime/vek/PtrInterface.h"
 
+#pragma GCC visibility push(default)
+
 namespace Vek {
 
 /// Counted string whose text never changes; copying it shares the text.
@@ -132,3 +134,5 @@ template <>
 struct std::hash<Vek::String> {
   std::size_t operator()(Vek::String const& string) const noexcept { return string.hash(); }
 };
+
+#pragma GCC visibility pop

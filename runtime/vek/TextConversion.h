@@ -5,6 +5,8 @@
 #include "runtime/vek/GenericIf.h"
 #include "runtime/vek/Value.h"
 
+#pragma GCC visibility push(default)
+
 namespace Vek {
 
 /// Reads a `T` from the front of [begin, end) and moves `begin` behind it. Throws
@@ -27,3 +29,5 @@ T strepToValue(std::string_view text) {
 }
 
 }  // namespace Vek
+
+#pragma GCC visibility pop

@@ -10,6 +10,8 @@
 #include <string_view>
 #include <type_traits>
 
+#pragma GCC visibility push(default)
+
 namespace Vek {
 
 /// A pointer to a stream, of which the trace facilities know whether it is null.
@@ -168,3 +170,5 @@ struct TracePoint {
 };
 
 }  // namespace Vek
+
+#pragma GCC visibility pop

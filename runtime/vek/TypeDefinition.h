@@ -11,6 +11,8 @@
 #include "runtime/vek/AttributeIterator.h"
 #include "runtime/vek/VekType.h"
 
+#pragma GCC visibility push(default)
+
 namespace Vek {
 
 namespace detail {
@@ -213,3 +215,5 @@ class TypeDefinition {
 };
 
 }  // namespace Vek
+
+#pragma GCC visibility pop

@@ -13,6 +13,8 @@
 #include "runtime/vek/PtrInterface.h"
 #include "runtime/vek/String.h"
 
+#pragma GCC visibility push(default)
+
 namespace Vek {
 
 /// What a value of any reflected type is kept as.
@@ -187,3 +189,5 @@ T Value::as() const {
 }
 
 }  // namespace Vek
+
+#pragma GCC visibility pop

@@ -9,6 +9,8 @@
 #include "runtime/vek/PtrInterface.h"
 #include "runtime/vek/Value.h"
 
+#pragma GCC visibility push(default)
+
 namespace Vek {
 
 class AttributeIterator;
@@ -145,3 +147,5 @@ VekType const& ptrInterfaceType();
 VekType const& entityType();
 
 }  // namespace Vek
+
+#pragma GCC visibility pop
