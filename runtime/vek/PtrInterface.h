@@ -19,6 +19,10 @@ class VFPtrInterface {
  public:
   /// While true, every change of a reference count is an atomic read-modify-write; while false, a
   /// plain one. A host sets it before its second thread shares objects and leaves it set.
+  ///
+  /// Trap: the switch itself is a plain variable, read at every change of a count. Starting a thread
+  /// orders the setting before all that the thread does; setting it while other threads count is a
+  /// data race.
   static bool enableThreadSafePointers;
 };
 
@@ -68,12 +72,12 @@ class PtrInterface {
   }
 
  public:
-  bool hasNotificationActive() const noexcept { return (word_ & kNotificationActive) != 0; }
-  bool vekMarkedForDeletion() const noexcept { return (word_ & kMarkedForDeletion) != 0; }
+  bool hasNotificationActive() const noexcept { return (loaded() & kNotificationActive) != 0; }
+  bool vekMarkedForDeletion() const noexcept { return (loaded() & kMarkedForDeletion) != 0; }
   void vekMarkedForDeletionIs(bool on) noexcept { flagIs(kMarkedForDeletion, on); }
 
   /// References held at this moment; for tests and diagnostics only.
-  std::uint32_t referenceCount() const noexcept { return word_ / kReference; }
+  std::uint32_t referenceCount() const noexcept { return loaded() / kReference; }
 
   /// Whether the caller's reference is surely the only one; while counting is atomic, never sure.
   bool isOnlyReference() const noexcept {
@@ -115,6 +119,11 @@ class PtrInterface {
   static constexpr std::uint32_t kNotificationActive{1U << 0U};
   static constexpr std::uint32_t kMarkedForDeletion{1U << 1U};
   static constexpr std::uint32_t kReference{1U << 2U};
+
+  // Atomic whatever the switch says: it costs a plain read, and another thread may be counting.
+  std::uint32_t loaded() const noexcept {
+    return std::atomic_ref<std::uint32_t>{word_}.load(std::memory_order_relaxed);
+  }
 
   void flagIs(std::uint32_t flag, bool on) noexcept {
     if (VFPtrInterface::enableThreadSafePointers) {
