@@ -4,6 +4,7 @@
 #include <limits>
 
 #include "runtime/model/ErrdisableCauseStatus.h"
+#include "runtime/vek/Wrap.h"
 
 #include "statemachines/LinkFlapProfileSm.h"
 #include "statemachines/SourcePoints.h"
@@ -91,7 +92,7 @@ inline std::uint64_t intervalOf(double flapTime, double firstFlapTime, double in
   std::uint32_t const intervals = sm.curIntervals();
   bool const counted = intervalIndex == intervals;
   if (counted) {
-    sm.curFlapsIs(flaps + 1);
+    sm.curFlapsIs(Vek::wrappingSum(flaps, 1));
   } else {
     sm.curIntervalsIs(static_cast<std::uint32_t>(intervalIndex));
     sm.curFlapsIs(1);
@@ -103,16 +104,17 @@ inline std::uint64_t intervalOf(double flapTime, double firstFlapTime, double in
 
   // Deliberate: equality, in 32 bits. Only the flap that first exceeds the limit within an interval
   // is a violation; those that follow it there add nothing.
-  if (sm.curFlaps() != values.maxFlaps + 1) [[likely]]
+  if (sm.curFlaps() != Vek::wrappingSum(values.maxFlaps, 1)) [[likely]]
     return false;
-  sm.curViolationsIs(sm.curViolations() + 1);
+  std::uint32_t const violations = sm.curViolations();
+  sm.curViolationsIs(Vek::wrappingSum(violations, 1));
 
   // Deliberate: the count is not taken back when a test fails. Once it has passed `violations`, no
   // flap err-disables until something starts the counting anew.
   if (sm.curViolations() != values.violations) return false;
   // Deliberate: intervals 0 to `trackedIntervals` inclusive, which is one more than the name says.
   if (intervalIndex > values.trackedIntervals) return false;
-  before = {flaps, intervals, sm.curViolations() - 1};
+  before = {flaps, intervals, violations};
   return true;
 }
 

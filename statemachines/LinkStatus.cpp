@@ -3,6 +3,7 @@
 #include <utility>
 
 #include "runtime/vek/Clock.h"
+#include "runtime/vek/Wrap.h"
 
 #include "statemachines/ErrDisable.h"
 #include "statemachines/LinkFlapProfileSm.h"
@@ -58,8 +59,8 @@ void LinkFlapProfileSm::handleLinkStatus() {
   linkFlapTimeStamp_.enq(now);
   double const firstFlapTime = linkFlapTimeStamp_.headValue();
   // Deliberate: the product wraps at 2^32 before it becomes a time.
-  auto const trackingWindow =
-      static_cast<double>(static_cast<std::uint32_t>(values.interval) * values.trackedIntervals);
+  auto const trackingWindow = static_cast<double>(
+      Vek::wrappingProduct(static_cast<std::uint32_t>(values.interval), values.trackedIntervals));
   Counters before;
   if (now - firstFlapTime > trackingWindow) [[unlikely]] {
     countAndAge(now, firstFlapTime, trackingWindow, values);

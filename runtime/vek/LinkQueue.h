@@ -6,6 +6,7 @@
 
 #include "runtime/vek/Ptr.h"
 #include "runtime/vek/PtrInterface.h"
+#include "runtime/vek/Wrap.h"
 
 #pragma GCC visibility push(default)
 
@@ -78,7 +79,7 @@ class LinkQueue {
   /// when the index after its own is the head's; `nextIndex` is then settled, nothing else changed.
   void enq(Value const& value) {
     Index index = metadata_.nextIndex;
-    if (tail_ != nullptr && tail_->index_ >= index) index = tail_->index_ + 1;
+    if (tail_ != nullptr && tail_->index_ >= index) index = wrappingSum(tail_->index_, 1);
     metadata_.nextIndex = index;
     requireRoomFor(index);
     linkAtTail(make<Entry>(index, value).release(), index);
@@ -119,8 +120,10 @@ class LinkQueue {
     if (find(index) != nullptr) throwLinkQueueIndexInUse();
     if (head_ == nullptr) return counted(linkAtTail(make<Entry>(index, value).release(), index));
     Index const headIndex = head_->index_;
-    if (index - headIndex < tail_->index_ - headIndex) return counted(linkInside(index, value));
-    if (index == metadata_.nextIndex || index - tail_->index_ <= headIndex - index) {
+    if (wrappingDifference(index, headIndex) < wrappingDifference(tail_->index_, headIndex))
+      return counted(linkInside(index, value));
+    if (index == metadata_.nextIndex ||
+        wrappingDifference(index, tail_->index_) <= wrappingDifference(headIndex, index)) {
       requireRoomFor(index);
       return counted(linkAtTail(make<Entry>(index, value).release(), index));
     }
@@ -157,9 +160,10 @@ class LinkQueue {
     if (head_ == nullptr) return;
     // As if one by one. Only the removal of one that leaves others behind raises a next index that
     // lags behind the tail.
-    if (count_ > 1 && metadata_.nextIndex <= tail_->index_) metadata_.nextIndex = tail_->index_ + 1;
+    if (count_ > 1 && metadata_.nextIndex <= tail_->index_)
+      metadata_.nextIndex = wrappingSum(tail_->index_, 1);
     metadata_.headIndex = metadata_.nextIndex;
-    version_ += count_;
+    version_ = wrappingSum(version_, count_);
     count_ = 0;
     Node* entry = std::exchange(head_, nullptr);
     tail_ = nullptr;
@@ -175,8 +179,7 @@ class LinkQueue {
   using Node = LinkQueueEntry<Value>;
 
   void requireRoomFor(Index index) const {
-    if (head_ != nullptr && static_cast<Index>(index + 1) == metadata_.headIndex)
-      throwLinkQueueFull();
+    if (head_ != nullptr && wrappingSum(index, 1) == metadata_.headIndex) throwLinkQueueFull();
   }
 
   // The three below take over the first reference of `entry`, as the queue's own.
@@ -191,8 +194,8 @@ class LinkQueue {
       tail_->next_ = entry;
     }
     tail_ = entry;
-    metadata_.nextIndex = index + 1;
-    ++version_;
+    metadata_.nextIndex = wrappingSum(index, 1);
+    version_ = wrappingSum(version_, 1);
     ++count_;
     return entry;
   }
@@ -203,7 +206,7 @@ class LinkQueue {
     head_ = entry;
     headValue_ = entry->value_;
     metadata_.headIndex = index;
-    ++version_;
+    version_ = wrappingSum(version_, 1);
     ++count_;
     return entry;
   }
@@ -211,12 +214,13 @@ class LinkQueue {
   Node* linkInside(Index index, Value const& value) {
     Node* const entry = make<Entry>(index, value).release();
     Node* before = head_;
-    while (before->next_->index_ - head_->index_ < index - head_->index_)
+    while (wrappingDifference(before->next_->index_, head_->index_) <
+           wrappingDifference(index, head_->index_))
       before = before->next_;
     entry->vek_indexIs(index);
     entry->next_ = before->next_;
     before->next_ = entry;
-    ++version_;
+    version_ = wrappingSum(version_, 1);
     ++count_;
     return entry;
   }
@@ -232,14 +236,15 @@ class LinkQueue {
       } else {
         headValue_ = head_->value_;
         metadata_.headIndex = head_->index_;
-        if (metadata_.nextIndex <= tail_->index_) metadata_.nextIndex = tail_->index_ + 1;
+        if (metadata_.nextIndex <= tail_->index_)
+          metadata_.nextIndex = wrappingSum(tail_->index_, 1);
       }
     } else {
       before->next_ = entry->next_;
       if (entry == tail_) tail_ = before;
     }
     entry->next_ = nullptr;
-    ++version_;
+    version_ = wrappingSum(version_, 1);
     --count_;
     return entry;
   }
@@ -297,12 +302,12 @@ class LinkQueue<Entry, Index, Value>::Iterator {
   // also across the wrap.
   Node* following() const noexcept {
     if (queue_->tail_ == nullptr) return nullptr;
-    Index const here = static_cast<Node const*>(entry_.get())->index_ - origin_;
+    Index const here = wrappingDifference(static_cast<Node const*>(entry_.get())->index_, origin_);
     for (Node* entry = queue_->head_; entry != nullptr; entry = entry->next_) {
-      Index const distance = entry->index_ - origin_;
+      Index const distance = wrappingDifference(entry->index_, origin_);
       // One that has come meanwhile stands behind the tail or before the head of then, whichever is
       // nearer, as it was put there.
-      bool const ahead = distance <= span_ || distance - span_ <= Index{0} - distance;
+      bool const ahead = distance <= span_ || distance - span_ <= wrappingDifference(0, distance);
       if (ahead && distance > here) return entry;
     }
     return nullptr;
@@ -313,7 +318,7 @@ class LinkQueue<Entry, Index, Value>::Iterator {
     version_ = queue_->version_;
     if (entry == nullptr) return;
     origin_ = queue_->head_->index_;
-    span_ = queue_->tail_->index_ - origin_;
+    span_ = wrappingDifference(queue_->tail_->index_, origin_);
   }
 
   LinkQueue const* queue_;

@@ -8,6 +8,7 @@
 
 #include "runtime/vek/Exception.h"
 #include "runtime/vek/Pool.h"
+#include "runtime/vek/Wrap.h"
 
 namespace Vek {
 
@@ -17,7 +18,7 @@ std::uint32_t textHash(std::string_view text) noexcept {
   std::uint32_t hash = 2166136261U;
   for (char const c : text) {
     hash ^= static_cast<unsigned char>(c);
-    hash *= 16777619U;
+    hash = wrappingProduct(hash, 16777619U);
   }
   return hash;
 }
