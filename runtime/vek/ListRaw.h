@@ -38,6 +38,9 @@ class ListRawGeneric {
   }
 
  protected:
+  template <typename T>
+  friend class SnapshotIterator;
+
   /// A walk under way. It knows where the list ended when it began, and every removal tells it: so
   /// it needs no copy of the list, and members need no mark of when they came.
   class Walk {
