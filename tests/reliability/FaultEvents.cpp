@@ -45,6 +45,7 @@ FaultEvent settingsChange(World& world, Random& random, Tarn::IntfId const& id) 
   unsigned const kind = below(random, 5);
   if (!held || kind == 0) {
     auto settings = Vek::make<LinkFlap::IntfConfig>(Vek::Name{id.name()});
+    settings->enabledIs(below(random, 4) != 0);
     for (Vek::String const& name : world.profileNames)
       if (below(random, 3) == 0) settings->profileListIs(name, below(random, 4) != 0);
     return {"settings given", [id, settings](World& w) { w.config->intfConfigIs(id, settings); },

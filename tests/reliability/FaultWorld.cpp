@@ -89,8 +89,11 @@ FaultWorld::FaultWorld()
   auto const both = config->newIntfConfig(interfaces[1]);
   both->profileListIs("p1", true);
   both->profileListIs("p2", true);
-  (void)config->newIntfConfig(interfaces[2]);
-  config->newIntfConfig(interfaces[3])->profileListIs("p2", true);
+  both->enabledIs(true);
+  config->newIntfConfig(interfaces[2])->enabledIs(true);
+  auto const one = config->newIntfConfig(interfaces[3]);
+  one->profileListIs("p2", true);
+  one->enabledIs(true);
 
   causeRecorders_.push_back(Vek::make<CauseRecorder>());
   configRecorders_.push_back(Vek::make<ConfigRecorder>());
