@@ -17,6 +17,7 @@
 
 #include "statemachines/SourcePoints.h"
 
+#include "tests/reliability/DirectFailures.h"
 #include "tests/reliability/FaultEvents.h"
 #include "tests/reliability/FaultWorld.h"
 #include "tests/reliability/support/AllocationFaults.h"
@@ -232,6 +233,11 @@ int main(int argc, char** argv) {
   FaultWorld::plantLeak = planted == "leak";
   FaultWorld::plantDeafWatcher = planted == "deaf-watcher";
 
+  unsigned cases = 0;
+  if (auto const wrong = directFailures(cases); !wrong.empty()) {
+    std::printf("FAILED: %s\n", wrong.c_str());
+    return 1;
+  }
   if (!runtimeGoesThrough()) {
     std::puts("FAILED: the runtime's objects do not come from operator new");
     return 1;
@@ -251,6 +257,10 @@ int main(int argc, char** argv) {
       "%lu were mended by the handler run again; %lu attempts of an err-disable\n",
       figures.attempts, figures.before, figures.after, figures.partly, figures.mended,
       figures.decided);
+  std::printf(
+      "%u more where a scenario does not come: registering, re-pointing, delivering, by "
+      "name\n",
+      cases);
   if (leaked != 0) {
     std::printf("FAILED: %ld blocks leaked\n", static_cast<long>(leaked));
     return 1;

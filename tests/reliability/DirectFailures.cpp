@@ -1,0 +1,170 @@
+#include "tests/reliability/DirectFailures.h"
+
+#include <new>
+
+#include "runtime/vek/Clock.h"
+
+#include "introspection/GenericIfs.h"
+
+#include "tests/reliability/FaultWorld.h"
+#include "tests/reliability/ListenerOf.h"
+#include "tests/reliability/support/AllocationFaults.h"
+
+namespace {
+
+Tarn::IntfId const ethernet1{"Ethernet1"};
+Tarn::IntfId const ethernet2{"Ethernet2"};
+
+/// Runs `act` with its first allocation failing, then its second, until it goes through; asks
+/// `unchanged` after each that threw. Returns how many threw, or -1 when `unchanged` was false.
+template <typename Act, typename Unchanged>
+int eachFails(Act act, Unchanged unchanged) {
+  for (int threw = 0;; ++threw) {
+    AllocationFaults::failFrom(static_cast<std::uint64_t>(threw) + 1, true);
+    try {
+      act();
+      AllocationFaults::stop();
+      return threw;
+    } catch (std::bad_alloc const&) {
+      AllocationFaults::stop();
+    }
+    if (!unchanged()) return -1;
+  }
+}
+
+template <typename T>
+Vek::Ptr<ListenerOf<T>> listener(Vek::Ptr<T> const& object, Vek::AttributeMask watching) {
+  auto const made = Vek::make<ListenerOf<T>>(watching);
+  made->notifierIs(object);
+  return made;
+}
+
+std::string firstReadings(unsigned& cases) {
+  AllocationFaults::failFrom(1, true);
+  bool const reads = Vek::now() >= 0;
+  AllocationFaults::stop();
+  ++cases;
+  return reads ? "" : "the clock cannot be read without memory";
+}
+
+std::string registration(unsigned& cases) {
+  auto const config = Vek::make<LinkFlap::Config>();
+  auto const first = listener(config, Vek::kAllAttributes);
+  first->isRegisteredNotifieeIs(true);
+  auto const second = listener(config, Vek::attributeBit(LinkFlap::Config::maxFlapsAttr.id));
+  int const threw = eachFails([&] { second->isRegisteredNotifieeIs(true); },
+                              [&] { return !second->isRegisteredNotifiee(); });
+  if (threw != 1) return "registering a watcher of a new kind leaves something behind";
+  cases += 1;
+  config->maxFlapsIs(9);
+  if (second->told(Vek::kAllAttributes) != 1) return "a watcher registered at last is not told";
+  return "";
+}
+
+std::string repointing(unsigned& cases) {
+  FaultWorld world;
+  auto const sm = world.intfSm(ethernet2);
+  auto const held = world.settings(ethernet2);
+  // The new object has watchers of another kind, so one more group is needed for the reactor.
+  auto const fresh = Vek::make<LinkFlap::IntfConfig>();
+  fresh->enabledIs(true);
+  auto const other = listener(fresh, Vek::attributeBit(LinkFlap::IntfConfig::enabledAttr.id));
+  other->isRegisteredNotifieeIs(true);
+  AllocationFaults::failFrom(1, true);
+  bool threw = false;
+  try {
+    sm->intfConfigIs(fresh);
+  } catch (std::bad_alloc const&) {
+    threw = true;
+  }
+  AllocationFaults::stop();
+  ++cases;
+  if (!threw || sm->intfConfig() != held) return "a reactor that could not be re-pointed was";
+  held->enabledIs(false);
+  if (sm->enable()) return "a reactor that could not be re-pointed has become deaf";
+  sm->intfConfigIs(fresh);
+  if (!sm->enable()) return "re-pointing a reactor has not run its handler";
+  fresh->enabledIs(false);
+  return sm->enable() ? "a reactor that was re-pointed at last is deaf" : "";
+}
+
+std::string anotherActivity(unsigned& cases) {
+  FaultWorld world;
+  auto const fresh = Vek::make<Vek::ActivityConfig>();
+  fresh->deferredIs(true);
+  int const threw = eachFails([&] { world.machine().vekFwkActivityIs(fresh); },
+                              [&] {
+                                // The machine is still on its own activity, which delivers at once.
+                                world.statusDir->intfStatusDel(ethernet1);
+                                bool const atOnce = !world.intfSm(ethernet1);
+                                world.statusDir->intfStatusIs(
+                                    ethernet1, Vek::make<Interface::EthPhyIntfStatus>(ethernet1));
+                                return atOnce && world.machine().vekFwkActivity() == world.activity;
+                              });
+  if (threw < 1) return "a machine that could not change its activity is on both";
+  cases += static_cast<unsigned>(threw);
+  world.statusDir->intfStatusDel(ethernet1);
+  return world.intfSm(ethernet1) ? "" : "the machine does not defer on its new activity";
+}
+
+std::string delivery(unsigned& cases) {
+  FaultWorld world;
+  world.statusDir->intfStatusDel(ethernet1);
+  world.statusDir->intfStatusDel(ethernet2);
+  auto const one = Vek::make<Interface::EthPhyIntfStatus>(ethernet1);
+  auto const settings = Vek::make<LinkFlap::IntfConfig>();
+  world.activity->deferredIs(true);
+  world.statusDir->intfStatusIs(ethernet1, one);
+  world.config->intfConfigIs(world.interfaces[2], settings);
+  // The first handler that is delivered to finds no memory; the second one is another reactor's.
+  AllocationFaults::failFrom(1, false);
+  auto const delivered = Vek::vekActivitySmFor(world.activity)->deliver();
+  AllocationFaults::stop();
+  ++cases;
+  if (delivered != 2) return "a delivery that failed has kept others from theirs";
+  if (world.takeReports() != 1) return "a delivery that failed was not reported once";
+  auto const sm = world.intfSm(world.interfaces[2]);
+  if (!sm || sm->intfConfig() != Vek::Ptr<LinkFlap::IntfConfig const>{settings})
+    return "the delivery after one that failed was lost";
+  world.machine().handleIntf(ethernet1);
+  return world.intfSm(ethernet1) ? "" : "the handler, run again, does not admit";
+}
+
+std::string tracking(unsigned& cases) {
+  Vek::ptrifTrackOn_ = true;
+  auto const live = Vek::PtrTrack::live();
+  AllocationFaults::failFrom(2, true);  // the first is the object's own
+  auto const object = Vek::make<LinkFlap::Config>();
+  AllocationFaults::stop();
+  Vek::ptrifTrackOn_ = false;
+  ++cases;
+  return Vek::PtrTrack::live() == live ? "" : "the tracker counts what it could not record";
+}
+
+std::string byName(unsigned& cases) {
+  FaultWorld world;
+  LinkFlap::LinkFlapProfileSm::Ptr const sm{
+      world.intfSm(ethernet1)->linkFlapProfileSm().iterator().member()};
+  LinkFlap::LinkFlapProfileSm::GenericIf_ view{sm, false};
+  Vek::GenericIf::Op const op{view.attributeId("linkFlapTimeStamp"), Vek::GenericIf::OpCode::set,
+                              Vek::Value{Vek::String{"3"}}};
+  Vek::GenericIf::List const time{Vek::Value{Vek::String{"1.5"}}};
+  int const threw = eachFails(
+      [&] {
+        Vek::Value result;
+        view.attributeOp(op, time, result);
+      },
+      [&] { return sm->linkFlapTimeStamp().count() == 0; });
+  if (threw < 1 || sm->linkFlapTimeStamp(3) != 1.5) return "a value set by name is set by halves";
+  cases += static_cast<unsigned>(threw);
+  return "";
+}
+
+}  // namespace
+
+std::string directFailures(unsigned& cases) {
+  for (auto const test :
+       {firstReadings, registration, repointing, anotherActivity, delivery, tracking, byName})
+    if (std::string wrong = test(cases); !wrong.empty()) return wrong;
+  return {};
+}
