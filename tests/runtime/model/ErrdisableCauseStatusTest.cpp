@@ -1,6 +1,7 @@
 #include <gtest/gtest.h>
 #include <limits>
 #include <type_traits>
+#include <utility>
 
 #include "runtime/model/ErrdisableCauseStatus.h"
 
@@ -86,6 +87,32 @@ TEST_F(ErrdisableCauseStatus, InterfacesAreKeptApart) {
   EXPECT_EQ(cause->intfStatus(IntfId{"Ethernet2"}), 2.0);
   EXPECT_EQ(cause->intfStatus(IntfId{}), 3.0) << "the null identifier is a key like any";
   EXPECT_EQ(heard.back(), "intfStatus[Ethernet1]");
+}
+
+TEST_F(ErrdisableCauseStatus, RoomForARecordIsNotSeenUntilItIsUsed) {
+  {
+    auto const dropped = CauseStatus::intfStatusRoom(ethernet1);
+    EXPECT_TRUE(dropped);
+  }
+  auto room = CauseStatus::intfStatusRoom(ethernet1);
+  EXPECT_FALSE(cause->intfStatus().has(ethernet1));
+  EXPECT_EQ(cause->changes(), 0U);
+  EXPECT_TRUE(heard.empty());
+  cause->intfStatusRoomIs(std::move(room), 2.5);
+  EXPECT_EQ(cause->intfStatus(ethernet1), 2.5);
+  EXPECT_EQ(cause->changes(), 1U);
+  EXPECT_EQ(heard, (Heard{"intfStatus!", member("intfStatus", ethernet1)}));
+}
+
+TEST_F(ErrdisableCauseStatus, RoomForARecordThatThereIsWritesIt) {
+  cause->intfStatusIs(ethernet1, 1);
+  heard.clear();
+  cause->intfStatusRoomIs(CauseStatus::intfStatusRoom(ethernet1), 1);
+  EXPECT_TRUE(heard.empty());
+  cause->intfStatusRoomIs(CauseStatus::intfStatusRoom(ethernet1), 2);
+  EXPECT_EQ(cause->intfStatus(ethernet1), 2);
+  EXPECT_EQ(heard, (Heard{"intfStatus!", member("intfStatus", ethernet1)}));
+  EXPECT_EQ(cause->intfStatus().size(), 1U);
 }
 
 }  // namespace
