@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 #include <limits>
+#include <stdexcept>
 #include <vector>
 
 #include "runtime/vek/Clock.h"
@@ -131,6 +132,20 @@ TEST(ClockSourceIs, EmptySourceStandsForTheMonotonicClock) {
   Vek::ClockSource const before = Vek::clockSourceIs([] { return -7.0; });
   Vek::clockSourceIs(nullptr);
   EXPECT_GT(Vek::now(), 0);
+  Vek::clockSourceIs(before);
+}
+
+TEST(Clock, ASourceThatThrowsIsHeldAtTheLastTime) {
+  bool throws = false;
+  auto const before = Vek::clockSourceIs([&]() -> double {
+    if (throws) throw std::runtime_error{"no time"};
+    return 7;
+  });
+  EXPECT_EQ(Vek::now(), 7);
+  throws = true;
+  EXPECT_EQ(Vek::now(), 7);
+  throws = false;
+  EXPECT_EQ(Vek::now(), 7);
   Vek::clockSourceIs(before);
 }
 
