@@ -10,7 +10,7 @@ ActivityConfig::~ActivityConfig() {
 
 ActivitySm::~ActivitySm() {
   while (Deferral* const waiting = queue_.front())
-    waiting->activityGone(*this);
+    waiting->activityGone();
 }
 
 std::size_t ActivitySm::deliver() {
@@ -79,9 +79,10 @@ AttributeId Deferral::takePending() noexcept {
   return id;
 }
 
-void Deferral::activityGone(ActivitySm const& gone) noexcept {
+void Deferral::activityGone() noexcept {
   leaveQueue();
-  if (actsm_ && actsm_.get() != &gone) {
+  // Another than the one that goes: what `actsm_` holds does not go.
+  if (actsm_) {
     redispatch(actsm_);
   } else {
     delivery_.forgetPending();

@@ -100,10 +100,8 @@ class Deferral : public ListRaw<Deferral>::Link {
   Ptr<ActivitySm> const& actsm() const noexcept { return actsm_; }
   void actsmIs(Ptr<ActivitySm> actsm) noexcept { actsm_ = std::move(actsm); }
 
-  /// Whether a notification raised now for attribute `id` would wait.
-  bool defers(AttributeId id) const noexcept {
-    return delivering_ != id && actsm_ && actsm_->defers();
-  }
+  /// Whether a notification raised now would wait, were it not being delivered.
+  bool defers() const noexcept { return actsm_ && actsm_->defers(); }
   /// Whether the notification now raised for attribute `id` is to wait. If so, `pendingCount` has
   /// been raised by one and the reactor stands in the activity's queue.
   bool vekOnAttribute(AttributeId id, unsigned& pendingCount);
@@ -132,7 +130,7 @@ class Deferral : public ListRaw<Deferral>::Link {
   friend class ActivitySm;
 
   void leaveQueue() noexcept;
-  void activityGone(ActivitySm const& gone) noexcept;
+  void activityGone() noexcept;
 
   PtrInterface::NotifieeConst& reactor_;
   DeferredDelivery& delivery_;

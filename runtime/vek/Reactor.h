@@ -144,7 +144,7 @@ class ActivityReactor : public Reactor<Self, Owner, Watched>, private DeferredDe
       if constexpr (std::is_same_v<decltype(pending.key), Key>) {
         if (candidate.id != attribute.id) return;
         // The same key again, while it waits alone, is still one key.
-        if (pending.count == 1 && pending.key == key && deferral_.defers(attribute.id)) {
+        if (pending.count == 1 && pending.key == key && deferral_.defers()) {
           deferred = true;
           return;
         }
@@ -201,7 +201,7 @@ class ActivityReactor : public Reactor<Self, Owner, Watched>, private DeferredDe
         Deferral::Delivering const delivering{deferral_, id};
         auto const key = pending.key;
         (this->*attribute.memberChanged)(key);
-      } else if (count > 1) {
+      } else {
         (this->*attribute.severalChanged)();
       }
     });
