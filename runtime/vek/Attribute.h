@@ -4,6 +4,7 @@
 #include <string_view>
 #include <tuple>
 #include <type_traits>
+#include <utility>
 
 #include "runtime/vek/Collection.h"
 #include "runtime/vek/Notifiee.h"
@@ -68,18 +69,19 @@ consteval AttributeMask maskOf(Attribute const& attribute, bool watched) {
 }
 
 /// Whether no two attributes of a table share an identifier, a name or a bit (`attributeBit`).
+template <typename... Attributes, std::size_t... I>
+consteval bool distinct(std::tuple<Attributes...> const& table,
+                        std::index_sequence<I...> /*attributes*/) {
+  AttributeId const ids[]{std::get<I>(table).id...};
+  std::string_view const names[]{std::get<I>(table).name...};
+  for (std::size_t i = 0; i < sizeof...(I); ++i)
+    for (std::size_t j = 0; j < i; ++j)
+      if (attributeBit(ids[i]) == attributeBit(ids[j]) || names[i] == names[j]) return false;
+  return true;
+}
 template <typename... Attributes>
 consteval bool distinct(std::tuple<Attributes...> const& table) {
-  return std::apply(
-      [](auto const&... a) {
-        AttributeId const ids[]{a.id...};
-        std::string_view const names[]{a.name...};
-        for (std::size_t i = 0; i < sizeof...(a); ++i)
-          for (std::size_t j = 0; j < i; ++j)
-            if (attributeBit(ids[i]) == attributeBit(ids[j]) || names[i] == names[j]) return false;
-        return true;
-      },
-      table);
+  return distinct(table, std::index_sequence_for<Attributes...>{});
 }
 
 }  // namespace Vek

@@ -57,10 +57,9 @@ bool Expect::expected(Exception::IdBitArray const& ids) noexcept {
 }
 
 std::string typeText(std::type_info const& type) {
-  int status = 0;
   std::unique_ptr<char, void (*)(void*)> const name{
-      abi::__cxa_demangle(type.name(), nullptr, nullptr, &status), std::free};
-  return status == 0 && name ? name.get() : type.name();
+      abi::__cxa_demangle(type.name(), nullptr, nullptr, nullptr), std::free};
+  return name ? name.get() : type.name();
 }
 
 }  // namespace Vek

@@ -94,12 +94,10 @@ Ptr<PtrInterface const> objectAt(PtrInterface const& object, VekAttr const& attr
   return attr.read == nullptr || attr.keyType != nullptr ? nullptr : objectOf(attr.read(object));
 }
 
-/// The key under which a collection of `object`'s type would keep it.
+/// The key under which a collection of `object`'s type would keep it. The object has a record.
 Value keyOf(PtrInterface const& object) {
-  VekType const* const type = object.fwkType();
-  if (type == nullptr) return {};
   for (char const* const name : {"fwkKey", "intfId", "name"}) {
-    VekAttr const* const attr = type->attr(name);
+    VekAttr const* const attr = object.fwkType()->attr(name);
     if (attr != nullptr && attr->read != nullptr) return attr->read(object);
   }
   return {};
@@ -132,7 +130,7 @@ std::string collectionStep(PtrInterface const& from, VekAttr const& attr,
   return {};
 }
 
-/// The steps from `from` down to `object`; empty when none leads there.
+/// The steps from `from` down to `object`, which has a record; empty when none leads there.
 std::string stepsTo(PtrInterface const& from, PtrInterface const& object, unsigned depth) {
   VekType const* const type = from.fwkType();
   if (type == nullptr || depth == 0) return {};

@@ -72,7 +72,6 @@ class String {
     std::uint32_t hash;
     std::uint32_t size;
     // The text follows, then a NUL.
-    char const* text() const noexcept { return reinterpret_cast<char const*>(this + 1); }
     char* text() noexcept { return reinterpret_cast<char*>(this + 1); }
   };
 
