@@ -44,11 +44,10 @@ LinkFlapIntfSm::Ptr LinkFlapSm::admitted(Tarn::IntfId const& intfId) {
     auto const status = ethPhyIntfStatusDir()->intfStatus(intfId);
     auto const phyConfig = ethPhyIntfConfigDir()->intfConfig(intfId);
     auto child = linkFlapIntfSmIs(status, config(), lfIntfConfig, phyConfig, causeStatus_);
-    if (child.get() == existing ||
-        (linkFlapIntfSm(child->fwkKey()) == child && config()->intfConfig(intfId) == lfIntfConfig &&
-         ethPhyIntfStatusDir()->intfStatus(intfId) == status &&
-         ethPhyIntfConfigDir()->intfConfig(intfId) == phyConfig &&
-         admissible(intfId, lfIntfConfig)))
+    if (child.get() == existing || (config()->intfConfig(intfId) == lfIntfConfig &&
+                                    ethPhyIntfStatusDir()->intfStatus(intfId) == status &&
+                                    ethPhyIntfConfigDir()->intfConfig(intfId) == phyConfig &&
+                                    admissible(intfId, lfIntfConfig)))
       return child;
     // Made from what has been replaced meanwhile.
     deleteLinkFlapIntfSm(this, child->fwkKey());
