@@ -314,4 +314,26 @@ TEST(MachineWalk, KeepsTheMachineWhoseMembersItWalks) {
   EXPECT_EQ(visited, 2U);
 }
 
+TEST(QueueWalk, FromBeyondTheTailIsAtItsEnd) {
+  Machines machines;
+  auto& sm = machines.profile();
+  sm.linkFlapTimeStampMetadataIs({1, 1});
+  for (double const time : {1.0, 2.0, 3.0})
+    sm.linkFlapTimeStampEnq(time);
+  LinkFlap::LinkFlapProfileSm::GenericIf_ view{&sm, false};
+  auto const at = view.attributeIteratorKeyConst(140, Vek::Value{3U});
+  ASSERT_TRUE(at->nonNull());
+  EXPECT_EQ(at->obj().text(), "3");
+  EXPECT_FALSE(view.attributeIteratorKeyConst(140, Vek::Value{4U})->nonNull());
+}
+
+// Also where the walk is asked itself, and not the view it came from.
+TEST(Walks, OfAReadOnlyViewRefuseToRemove) {
+  Machines machines;
+  LinkFlap::LinkFlapSm::GenericIf_ const readOnly{&machines.top(), true};
+  auto const it = readOnly.attributeIteratorConst(136);
+  EXPECT_EQ(thrownBy([&] { it->del(); }), kConst);
+  EXPECT_NE(machines.sw.intfSm(kEthernet1), nullptr);
+}
+
 }  // namespace

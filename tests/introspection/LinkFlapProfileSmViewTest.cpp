@@ -207,4 +207,11 @@ TEST_F(LinkFlapProfileSmView, PassesOnWhatTheQueueThrows) {
             "Vek::RangeException 1: linkqueue index space full");
 }
 
+TEST_F(LinkFlapProfileSmView, TakesNoHalfOfAnIndexSpace) {
+  for (char const* const half : {"3", "3:", "3;4", ":4"})
+    EXPECT_THAT(thrownBy([&] { set(view, "linkFlapTimeStampMetadata", text(half)); }),
+                testing::StartsWith("Vek::RangeException 1: "))
+        << half;
+}
+
 }  // namespace

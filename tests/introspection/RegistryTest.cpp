@@ -5,6 +5,7 @@
 #include <string>
 
 #include "runtime/vek/Activity.h"
+#include "runtime/vek/TypeDefinition.h"
 
 #include "statemachines/LinkFlapSm.h"
 
@@ -224,6 +225,39 @@ TEST(AttrKinds, EachHasItsOwnText) {
   EXPECT_EQ(kindText(AttrKind::handler), "handler");
   EXPECT_EQ(kindText(AttrKind::owner), "owner");
   EXPECT_EQ(kindText(AttrKind::key), "key");
+  EXPECT_EQ(kindText(AttrKind{200}), "?");
+}
+
+TEST_F(VekType, OutsideOfAnyNamespaceHasOneName) {
+  auto const global = Vek::make<Vek::VekType>("Global", nullptr);
+  EXPECT_EQ(global->bareName(), "Global");
+  EXPECT_EQ(type->bareName(), "Type");
+}
+
+TEST_F(VekType, AnAttributeThatIsReplacedTakesTheIdentifierItIsGiven) {
+  (void)type->attrIs("replaced", 7);
+  (void)type->attrIs("behind", 8);
+  EXPECT_EQ(type->attrIs("replaced").id, 7U);
+  EXPECT_EQ(type->attrIs("replaced", 9).id, 9U);
+  EXPECT_EQ(type->attr(7U), nullptr);
+  EXPECT_EQ(type->attrs().front()->name, "replaced") << "at its place";
+}
+
+struct Handled : Vek::PtrInterface {
+  void handle(bool /*on*/) {}
+};
+
+TEST_F(VekTypeDeathTest, AHandlerIsRegisteredWithAsManyNamesAsItHasParameters) {
+  auto const registered = [this](std::initializer_list<std::string_view> parameters) {
+    Vek::TypeDefinition<Handled> definition{reactor, *type};
+    (void)definition.handler<&Handled::handle>(1, "handle", parameters);
+  };
+  registered({"on"});
+  EXPECT_EQ(type->attr("handle")->parameters.size(), 1U);
+  char const* const said =
+      "Vek: a function was registered with another number of parameters than it has";
+  EXPECT_DEATH(registered({}), said);
+  EXPECT_DEATH(registered({"on", "off"}), said);
 }
 
 }  // namespace

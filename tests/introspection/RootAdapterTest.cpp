@@ -241,4 +241,18 @@ TEST_F(RootAdapter, APlainViewMayBeTold) {
   EXPECT_THAT(view.told, ElementsAre("linkFlapSm", "zeroReferences", "linkFlapSm"));
 }
 
+TEST_F(RootAdapter, APlainViewMayBeToldThatANotificationThrew) {
+  LinkFlap::Root::GenericIf_ plain{LinkFlap::rootFactory("another"), true};
+  auto const another = Root::GenericIf_::GenericIf_Adapter_Is(sw.root, &plain);
+  try {
+    throw std::runtime_error{"broken"};
+  } catch (...) {
+    another->handleNotificationException(258);
+  }
+  auto const failures = sw.takeFailures();
+  ASSERT_EQ(failures.size(), 1U) << "reported, as it is for a view that is interested";
+  EXPECT_EQ(failures[0].message, "broken");
+  EXPECT_TRUE(another->isRegisteredNotifiee());
+}
+
 }  // namespace

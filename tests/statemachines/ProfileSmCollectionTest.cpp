@@ -91,4 +91,12 @@ TEST_F(ProfileSmCollection, NewLinkFlapProfileSmReplacesTheMachineOfThatName) {
   EXPECT_EQ(sm().linkFlapProfileSm().members(), 3U);
 }
 
+TEST_F(ProfileSmCollection, DeletionByIteratorOfAMachineThatHasGoneReturnsNothing) {
+  auto position = sm().linkFlapProfileSm().iterator();
+  Vek::String const name = position->profileName();
+  (void)sm().linkFlapProfileSmDel(name);
+  EXPECT_FALSE(sm().linkFlapProfileSmDel(position));
+  EXPECT_EQ(sm().linkFlapProfileSm().members(), 2U);
+}
+
 }  // namespace

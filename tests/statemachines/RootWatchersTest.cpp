@@ -253,4 +253,44 @@ TEST(RootDestruction, IsPutOffByAWatcherThatTakesTheRootBack) {
   rescuer->zeroReferences = nullptr;
 }
 
+TEST(RootWatchers, StayRegisteredWhenTheyAreAttachedToTheRootTheyWatch) {
+  Switch sw;
+  int told = 0;
+  auto const watcher = RootWatcher::on(sw.root, [&] { ++told; });
+  watcher->notifierIs(sw.root);
+  EXPECT_TRUE(watcher->isRegisteredNotifiee());
+  sw.start();
+  EXPECT_EQ(told, 1);
+}
+
+TEST(RootWatchers, AreNotRegisteredWithoutARootAndHaveTheNameOfTheirClass) {
+  auto const watcher = Vek::make<RootWatcher>();
+  watcher->isRegisteredNotifieeIs(true);
+  EXPECT_FALSE(watcher->isRegisteredNotifiee());
+  EXPECT_EQ(watcher->name().string(), "RootWatcher");
+  auto const root = LinkFlap::rootFactory("its root");
+  watcher->notifierIs(root);
+  EXPECT_EQ(watcher->name().string(), "its root");
+}
+
+/// Overrides nothing.
+class DeafWatcher final : public LinkFlap::Root::NotifieeConst {};
+
+TEST(RootWatchers, NeedNotOverrideAnything) {
+  Switch sw;
+  auto const deaf = Vek::make<DeafWatcher>();
+  deaf->notifierIs(sw.root);
+  deaf->isRegisteredNotifieeIs(true);
+  int told = 0;
+  int zero = 0;
+  auto const next = RootWatcher::on(sw.root, [&] { ++told; });
+  next->zeroReferences = [&] { ++zero; };
+  sw.start();
+  EXPECT_EQ(told, 1);
+  sw.root = nullptr;
+  EXPECT_EQ(told, 2);
+  EXPECT_EQ(zero, 1);
+  EXPECT_THAT(sw.takeFailures(), IsEmpty());
+}
+
 }  // namespace

@@ -215,4 +215,29 @@ TEST_F(ReactorOfADroppedActivity, MayBeDestroyed) {
   EXPECT_FALSE(config->hasNotifiees());
 }
 
+// The key waits with the activity that it came under; the change that comes after runs at once.
+TEST_F(WaitingReactor, ThatIsGivenNoActivityHearsTheWaitingKeyOnceMoreAtOnce) {
+  reactor->vekFwkActivityIs(nullptr);
+  config->profileConfigIs("strict", nullptr);
+  EXPECT_EQ(calls, (Calls{"profile strict"}));
+  EXPECT_EQ(activitySm->deliver(), 1U);
+  EXPECT_EQ(calls, (Calls{"profile strict", "profile strict"}));
+}
+
+TEST_F(WaitingReactor, CanBeHandedTheRunningStateOfAnotherActivity) {
+  auto const another = make<Vek::ActivityConfig>("another");
+  another->deferredIs(true);
+  auto const anotherSm = Vek::vekActivitySmFor(another);
+  EXPECT_EQ(activitySm->deliver(), 1U);
+  calls.clear();
+
+  reactor->actsmIs(anotherSm);
+  EXPECT_EQ(reactor->actsm(), anotherSm);
+  changeProfile("loose");
+  EXPECT_FALSE(activitySm->pending());
+  EXPECT_EQ(calls, Calls{});
+  EXPECT_EQ(anotherSm->deliver(), 1U);
+  EXPECT_EQ(calls, (Calls{"profile loose"}));
+}
+
 }  // namespace

@@ -160,4 +160,9 @@ TEST(Expect, IsAMatterOfItsThread) {
   EXPECT_TRUE(Expect::expected(ids));
 }
 
+TEST(Format, OfWhatCannotBeFormattedIsEmpty) {
+  wchar_t const noCharacter[]{0x110000, 0};
+  EXPECT_EQ(Vek::format("before %ls after", noCharacter), "");
+}
+
 }  // namespace

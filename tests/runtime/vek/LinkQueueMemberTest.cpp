@@ -151,4 +151,11 @@ TEST_F(LinkQueueMember, NewMemberOfAnIndexInUseIsRefused) {
   EXPECT_EQ(queue.version(), 2U);
 }
 
+TEST(LinkQueueMetadata, AreEqualWhenBothIndexesAre) {
+  using Vek::LinkQueueMetadata;
+  EXPECT_EQ((LinkQueueMetadata{1, 2}), (LinkQueueMetadata{1, 2}));
+  EXPECT_NE((LinkQueueMetadata{1, 2}), (LinkQueueMetadata{0, 2}));
+  EXPECT_NE((LinkQueueMetadata{1, 2}), (LinkQueueMetadata{1, 3}));
+}
+
 }  // namespace

@@ -233,4 +233,21 @@ TEST_F(NotifieeExceptionHandling, MayDropTheObject) {
   EXPECT_EQ(log.size(), 4U) << "the watcher of another kind would have come after it";
 }
 
+class WithoutOverrides final : public LinkFlap::Config::NotifieeConst {
+  ~WithoutOverrides() override = default;
+};
+
+TEST(NotifieeWithoutANotifier, ReportsWithoutTheNameOfAnAttribute) {
+  RuntimeTest::FailureLog failures;
+  auto const watcher = Vek::make<WithoutOverrides>();
+  try {
+    throw std::runtime_error{"broken"};
+  } catch (...) {
+    watcher->handleNotificationException(260);
+  }
+  ASSERT_EQ(failures.lines().size(), 1U);
+  EXPECT_EQ(failures.lines()[0].substr(0, 9), " (260) of");
+  EXPECT_EQ(failures.lines()[0].substr(failures.lines()[0].size() - 8), ": broken");
+}
+
 }  // namespace

@@ -1,4 +1,6 @@
+#include <cstddef>
 #include <gtest/gtest.h>
+#include <limits>
 #include <memory>
 #include <stdexcept>
 #include <string>
@@ -122,6 +124,15 @@ TEST(ExceptionSinkIs, MayBeCalledByTheSinkItself) {
   EXPECT_EQ(*used, 1);
   EXPECT_EQ(used.use_count(), 1) << "and not longer";
   Vek::exceptionSinkIs(before);
+}
+
+// What there is no memory for is still said, in the words that need none. A text longer than any
+// string fails in the same place as one for which there is no room, and is not looked at.
+TEST(ReportCallbackException, WithoutMemorySaysSoAndTheNumber) {
+  EXPECT_EQ(written([] {
+              report(broken, {"x", std::numeric_limits<std::size_t>::max() / 2});
+            }),
+            "Vek: exception in a callback for attribute 260; no memory to say more\n");
 }
 
 }  // namespace

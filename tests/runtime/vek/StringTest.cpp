@@ -205,4 +205,11 @@ TEST(Name, IsAStringOfATypeOfItsOwn) {
   EXPECT_TRUE(Name{name.string()}.string().sharesText(name.string()));
 }
 
+TEST(Name, IsReadAsAString) {
+  Vek::Name const name{"Ethernet1"};
+  Vek::String const& text = name;
+  EXPECT_EQ(&text, &name.string()) << "the same string, not a copy";
+  EXPECT_EQ(text, "Ethernet1");
+}
+
 }  // namespace
