@@ -51,8 +51,8 @@ void FlapQueue::clear() {
   headIndex = nextIndex;
 }
 
+/// Unlike the machines above: also when nothing changes, the reactors are told.
 void ProfileSm::activeIs(bool on) {
-  if (active == on) return;
   active = on;
   values.activeIs(on);
   link.activeIs(on);
