@@ -131,9 +131,13 @@ class Decisions {
     double const time = random_.oneIn(32)
                             ? random_.of(std::array{kNan, -kInfinity, 1e300, 2e19, -5.0})
                             : first + 64 * fraction();
+    // Drawn one by one: the order in which a call's arguments are computed is the compiler's.
+    std::uint32_t const maxFlaps = random_.below(4);
+    double const length = 0.25 + 8 * fraction();
+    std::uint32_t const violations = 1 + random_.below(2);
+    std::uint32_t const tracked = random_.below(5);
     bool const disabled =
-        LinkFlap::evaluateErrDisable(sm, time, first, random_.below(4), 0.25 + 8 * fraction(),
-                                     1 + random_.below(2), random_.below(5));
+        LinkFlap::evaluateErrDisable(sm, time, first, maxFlaps, length, violations, tracked);
     ++decisions_;
     digest_.add(disabled ? 1 : 2);
     add(*sm);

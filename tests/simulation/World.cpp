@@ -191,13 +191,15 @@ Names namesFor(std::uint64_t seed, int interfaces) {
   auto const settings = Vek::make<LinkFlap::IntfConfig>();
   char const* const kinds[]{"Ethernet", "et-", "Management", "x"};
   while (all->intfConfig().size() < static_cast<std::uint32_t>(interfaces)) {
-    std::string const name = kinds[random.below(4)] + std::to_string(1 + random.below(96));
+    // Drawn one by one: the order of an expression's operands is the compiler's.
+    std::uint32_t const number = 1 + random.below(96);
+    std::string const name = kinds[random.below(4)] + std::to_string(number);
     all->intfConfigIs(Tarn::IntfId{name.c_str()}, settings);
   }
   all->defaultProfileListIs("default", true);
   while (all->defaultProfileList().size() < kProfiles) {
-    std::string const name =
-        (random.oneIn(2) ? "p" : "profile-") + std::to_string(random.below(99));
+    std::uint32_t const number = random.below(99);
+    std::string const name = (random.oneIn(2) ? "p" : "profile-") + std::to_string(number);
     all->defaultProfileListIs(name.c_str(), true);
   }
   Names names;

@@ -209,6 +209,29 @@ TEST(Clock, ThatStepsBackIsHeld) {
   EXPECT_EQ(sw.errdisabledAt(ethernet1), 10.0);
 }
 
+// One mad reading must neither stop the clock, which would make all later flaps simultaneous, nor
+// enter the history.
+TEST(Clock, ThatOnceYieldsInfinityCountsOnAfterwards) {
+  Switch sw{{.maxFlaps = 2, .interval = 10}};
+  sw.addInterface(ethernet1);
+  sw.start();
+  sw.flap(ethernet1, {1, kInfinity, 20, 40, 60});
+  EXPECT_THAT(times(*sw.profileSm(ethernet1, "default")), ElementsAre(60));
+  EXPECT_EQ(sw.errdisabledAt(ethernet1), std::nullopt);
+}
+
+TEST(Clock, ThatLeapsAYearLeavesOldFlapsBehind) {
+  constexpr double kYear{365.0 * 86400};
+  Switch sw{{.maxFlaps = 2, .interval = 10}};
+  sw.addInterface(ethernet1);
+  sw.start();
+  sw.flap(ethernet1, {1, 2, kYear, kYear + 0.5});
+  EXPECT_THAT(times(*sw.profileSm(ethernet1, "default")), ElementsAre(kYear, kYear + 0.5));
+  EXPECT_EQ(sw.errdisabledAt(ethernet1), std::nullopt);
+  sw.flap(ethernet1, {kYear + 1});
+  EXPECT_EQ(sw.errdisabledAt(ethernet1), kYear + 1);
+}
+
 constexpr char const* kEmptyPtr{"Vek: an empty Ptr was dereferenced where an object is required\n"};
 
 TEST(HandleLinkStatusDeathTest, NeedsTheInterfaceStatus) {
