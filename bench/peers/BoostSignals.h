@@ -27,8 +27,8 @@ struct BoostSignalsOn {
     std::forward_list<boost::signals2::scoped_connection> connections_;
   };
 
-  template <typename Signature, typename T, typename... Arguments>
-  static void connect(Signal<Signature>& signal, T& receiver, void (T::*method)(Arguments...)) {
+  template <typename AnySignal, typename T, typename... Arguments>
+  static void connect(AnySignal& signal, T& receiver, void (T::*method)(Arguments...)) {
     static_cast<Receiver&>(receiver).connections_.emplace_front(signal.connect(
         [&receiver, method](Arguments... arguments) { (receiver.*method)(arguments...); }));
   }
