@@ -14,12 +14,12 @@ forbid() {
   found=$(grep -rnE "^#include \"($2)/" --include='*.h' --include='*.cpp' "$1") || true
   [ -z "$found" ] || { printf '%s must not include %s:\n%s\n' "$1" "$2" "$found"; status=1; }
 }
-forbid runtime/vek   'runtime/tarn|runtime/model|statemachines|introspection|agent|tools|tests'
-forbid runtime/tarn  'runtime/model|statemachines|introspection|agent|tools|tests'
-forbid runtime/model 'statemachines|introspection|agent|tools|tests'
-forbid statemachines 'introspection|agent|tools|tests'
-forbid introspection 'agent|tools|tests'
-forbid agent         'tools|tests'
+forbid runtime/vek   'runtime/tarn|runtime/model|statemachines|introspection|agent|tools|tests|bench'
+forbid runtime/tarn  'runtime/model|statemachines|introspection|agent|tools|tests|bench'
+forbid runtime/model 'statemachines|introspection|agent|tools|tests|bench'
+forbid statemachines 'introspection|agent|tools|tests|bench'
+forbid introspection 'agent|tools|tests|bench'
+forbid agent         'tools|tests|bench'
 
 # The library stands on the standard library alone.
 found=$(grep -rnE '^#include <(linux|sys|net|libmnl|arpa|unistd|boost|gtest)' runtime statemachines \
