@@ -78,7 +78,7 @@ def measured(row, known, counts, options):
     # One batch on a million interfaces takes seconds, one that is costly to prepare many times as
     # long as what is measured.
     repetitions = 3 if options.quick else 5 if row.million else 9
-    seconds = 0.005 if row.costly else 0.02 if options.quick else 0.05
+    seconds = 0.01 if row.costly else 0.02 if options.quick else 0.05
     found = measure.times(f"{row.case}/{row.key}", sides_of(row, known), repetitions, seconds)
     return table.versus_lines(row, found, mine), found
 
