@@ -155,6 +155,9 @@ class LinkFlapProfileSm final : public Machine, public Vek::HashLink {
   void restartCounting();
   void linkFlapTimeStampTakeBack() noexcept;
   ProfileValues profileValues() const;
+  // Of its own: most changes end before it, and need not save what it needs. Its frame holds no
+  // array, so no guard.
+  [[gnu::noinline]] __attribute__((no_stack_protector)) void handleFlap();
   void errDisable(Counters const& before, std::uint32_t maxFlaps,
                   Errdisable::CauseStatus::Room room);
   void countAndAge(double now, double firstFlapTime, double trackingWindow,

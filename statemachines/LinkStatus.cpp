@@ -53,7 +53,10 @@ void LinkFlapProfileSm::handleLinkStatus() {
   Assert::handleLinkStatus(initialized());
   if ((*ethPhyIntfStatus_).rawLinkStatus() != Interface::RawLinkStatus::up) return;
   if (ethPhyIntfConfig_->phyConfigState() == Interface::PhyConfigState::inProgress) return;
+  handleFlap();
+}
 
+void LinkFlapProfileSm::handleFlap() {
   ProfileValues const values = profileValues();
   double const now = Vek::now();
   linkFlapTimeStamp_.enq(now);
