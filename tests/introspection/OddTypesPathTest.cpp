@@ -117,7 +117,9 @@ TEST_F(OddTypesPath, AnObjectIsSoughtFourStepsDown) {
     at->below = newNode();
     at = at->below.get();
     path += "/below";
-    if (depth <= 4) EXPECT_EQ(Vek::objectPath(*at), path);
+    if (depth <= 4) {
+      EXPECT_EQ(Vek::objectPath(*at), path);
+    }
     EXPECT_EQ(Vek::pathTarget(path, true).object.get(), at);
   }
   EXPECT_THAT(Vek::objectPath(*at), StartsWith("0x"));

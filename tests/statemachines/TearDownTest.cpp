@@ -106,7 +106,8 @@ TEST_F(TearDownOrder, OfAProfileMachineReleasesItsQueueThenItsObjectsInReverse) 
                           "profileConfig", "machine"));
 }
 
-TEST_F(TearDownOrder, OfAnInterfaceMachineDeletesTheProfileMachinesThenReleasesItsObjectsInReverse) {
+TEST_F(TearDownOrder,
+       OfAnInterfaceMachineDeletesTheProfileMachinesThenReleasesItsObjectsInReverse) {
   auto status = Vek::make<Interface::EthPhyIntfStatus>(ethernet1);
   auto config = Vek::make<LinkFlap::Config>();
   auto intfConfig = Vek::make<LinkFlap::IntfConfig>();
