@@ -3,6 +3,7 @@
 #include "runtime/model/StateTypes.h"
 #include "runtime/vek/Exception.h"
 #include "runtime/vek/TypeDefinition.h"
+#include "runtime/vek/Wrap.h"
 
 #include "introspection/Types.h"
 
@@ -99,7 +100,10 @@ void defineTimeStamps(Vek::VekAttr& attr) {
     // From the first entry that is not before the index, in the order of the queue.
     if (index != nullptr) {
       auto const from = index->as<std::uint32_t>();
-      while (walk.at && from - walk.at->vek_index() - 1 < (1U << 31U))
+      auto const beyond = [&](std::uint32_t at) {  // by how much `from` is, less one
+        return Vek::wrappingDifference(from, Vek::wrappingSum(at, 1));
+      };
+      while (walk.at && beyond(walk.at->vek_index()) < (1U << 31U))
         ++walk.at;
     }
     return std::make_unique<Vek::AttributeWalk<Sm, TimeStampWalk>>(
