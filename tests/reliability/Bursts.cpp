@@ -240,7 +240,7 @@ Loss deferredInSmallTurns() {
   Waiting statuses;
   Waiting settings;
   for (; loss.turns < 4000; ++loss.turns) {
-    for (unsigned changes = 1 + random() % 3; changes > 0; --changes) {
+    for (auto changes = 1 + random() % 3; changes > 0; --changes) {
       std::size_t const at = random() % kFew;
       Tarn::IntfId const& id = chassis.ids[at];
       switch (random() % 3) {

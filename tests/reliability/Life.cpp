@@ -2,38 +2,13 @@
 
 #include <algorithm>
 
-#include "runtime/vek/Activity.h"
 #include "runtime/vek/Exception.h"
+
+#include "tests/reliability/LifeParts.h"
 
 bool Life::plantLostReference = false;
 
-/// A tool's view of a Root, told of its changes.
-struct Life::RootView {
-  explicit RootView(LinkFlap::Root::Ptr const& viewed)
-      : root{viewed},
-        view{viewed, false},
-        adapter{LinkFlap::Root::GenericIf_::GenericIf_Adapter_Is(viewed, &view)} {}
-
-  LinkFlap::Root::Ptr root;
-  LinkFlap::Root::GenericIf_ view;
-  Vek::Ptr<LinkFlap::Root::GenericIf_::GenericIf_Adapter_> adapter;  // goes before the view
-};
-
 namespace {
-
-/// Takes out one of them, any; whoever it was may be destroyed by that.
-template <typename T>
-void dropOne(std::vector<T>& all, unsigned dice) {
-  if (all.empty()) return;
-  std::swap(all[dice % all.size()], all.back());
-  T const last = std::move(all.back());
-  all.pop_back();
-}
-
-template <typename T>
-Vek::Ptr<T> oneOf(std::vector<Vek::Ptr<T>> const& all, unsigned dice) {
-  return all.empty() ? Vek::Ptr<T>{} : all[dice % all.size()];
-}
 
 /// Whether a selection of profiles would meet an interface without a machine, which ends the
 /// process.
@@ -269,124 +244,6 @@ void Life::install() {
   auto const sm = root->linkFlapSmIs(activity, configDir, statusDir, errdisableConfig, config,
                                      causeStatus, "link-flap");
   if (below(4) == 0) heldMachines_.push_back(sm);
-}
-
-void Life::changeMachine() {
-  auto const root = root_;
-  if (!root || !root->linkFlapSm()) return install();
-  auto const sm = root->linkFlapSm();
-  switch (below(selecting_ ? 2 : 8)) {
-    case 0:
-      if (auto const removed = root->linkFlapSmDel(); removed && below(2) == 0)
-        heldMachines_.push_back(removed);
-      break;
-    case 1:
-      root_ = nullptr;
-      break;
-    case 2:
-      for (bool const on : {false, true})
-        sm->hasNotificationActiveIs(on);
-      break;
-    case 3:
-      for (bool const on : {true, false})
-        sm->vekDoZombieReactors(on);
-      break;
-    case 4:
-      sm->linkFlapIntfSmDelAll();
-      break;
-    case 5: {
-      Tarn::IntfId const id = anyId();
-      if (auto const removed = sm->linkFlapIntfSmDel(id)) heldIntfSms_.push_back(removed);
-      break;
-    }
-    case 6:
-      (void)Vek::vekActivitySmFor(activity_)->deliver();
-      break;
-    default:
-      // A machine that lacks an input must not be asked to admit.
-      if (sm->ethPhyIntfConfigDir() && sm->config() && sm->errdisableConfig())
-        sm->handleIntf(anyId());
-  }
-}
-
-LinkFlap::LinkFlapIntfSm::Ptr Life::anyIntfSm() {
-  if (below(2) == 0 && !heldIntfSms_.empty()) return oneOf(heldIntfSms_, below(100));
-  return root_ && root_->linkFlapSm() ? root_->linkFlapSm()->linkFlapIntfSm(anyId()) : nullptr;
-}
-
-LinkFlap::LinkFlapProfileSm::Ptr Life::anyProfileSm() {
-  if (below(2) == 0 && !heldProfileSms_.empty()) return oneOf(heldProfileSms_, below(100));
-  auto const sm = anyIntfSm();
-  if (!sm) return nullptr;
-  return LinkFlap::LinkFlapProfileSm::Ptr{sm->linkFlapProfileSm().iterator().member()};
-}
-
-/// What the host holds beyond the library's own references.
-void Life::changeHeld() {
-  switch (below(10)) {
-    case 0:
-    case 1:
-      if (auto const sm = anyIntfSm()) heldIntfSms_.push_back(sm);
-      break;
-    case 2:
-    case 3:
-      if (auto const sm = anyProfileSm()) heldProfileSms_.push_back(sm);
-      break;
-    case 4:
-      if (auto const sm = anyProfileSm())
-        if (auto* const flap = sm->linkFlapTimeStamp().head()) heldFlaps_.emplace_back(flap);
-      break;
-    case 5:
-      dropOne(heldMachines_, below(100));
-      break;
-    case 6:
-      dropOne(heldIntfSms_, below(100));
-      break;
-    case 7:
-      dropOne(heldProfileSms_, below(100));
-      break;
-    case 8:
-      if (root_) views_.push_back(std::make_unique<RootView>(root_));
-      break;
-    default:
-      dropOne(views_, below(100));
-      dropOne(settings_, below(100));
-      dropOne(statuses_, below(100));
-  }
-}
-
-/// Machines are pointed at other objects, or deprived of them.
-void Life::repoint() {
-  auto const profileSm = anyProfileSm();
-  auto const intfSm = anyIntfSm();
-  switch (below(8)) {
-    case 0:
-      if (profileSm) profileSm->profileConfigIs(oneOf(profileConfigs_, below(100)));
-      break;
-    case 1:
-      if (profileSm) profileSm->ethPhyIntfStatusIs(oneOf(statuses_, below(100)));
-      break;
-    case 2:
-      if (profileSm) (void)profileSm->ethPhyIntfStatusDel();
-      break;
-    case 3:
-      if (profileSm) {
-        profileSm->linkFlapTimeStampEnq(clock_.seconds());
-        profileSm->linkFlapTimeStampIs(below(9), clock_.seconds());
-      }
-      break;
-    case 4:
-      if (profileSm) (void)profileSm->linkFlapTimeStampDeq();
-      break;
-    case 5:
-      if (intfSm) intfSm->intfConfigIs(oneOf(settings_, below(100)));
-      break;
-    case 6:
-      if (intfSm) intfSm->linkFlapProfileSmDelAll();
-      break;
-    default:
-      if (profileSm) profileSm->clearHistory();
-  }
 }
 
 template <typename T>
