@@ -22,7 +22,7 @@ class NumberModel {
     std::uint32_t flaps{0};
     std::uint32_t intervals{0};
     std::uint32_t violations{0};
-    std::optional<double> errdisabledAt;
+    std::optional<double> errdisabledAt{};
   };
   enum class Mistake {
     none,
