@@ -160,11 +160,33 @@ std::string byName(unsigned& cases) {
   return "";
 }
 
+std::string evaluation(unsigned& cases) {
+  FaultWorld world;
+  LinkFlap::LinkFlapProfileSm::Ptr const sm{
+      world.intfSm(ethernet1)->linkFlapProfileSm().iterator().member()};
+  sm->curFlapsIs(3);
+  sm->curIntervalsIs(4);
+  sm->curViolationsIs(5);
+  bool errDisabled = false;
+  // A flap of interval 0 that exceeds the limit for the sixth time.
+  int const threw = eachFails(
+      [&] { errDisabled = LinkFlap::evaluateErrDisable(sm, 2, 1, 0, 10, 6, 1); },
+      [&] {
+        return sm->curFlaps() == 3 && sm->curIntervals() == 4 && sm->curViolations() == 5 &&
+               !sm->causeStatus()->intfStatus().has(ethernet1);
+      });
+  if (threw < 1) return "a flap evaluated without memory is evaluated by halves";
+  cases += static_cast<unsigned>(threw);
+  return errDisabled && sm->causeStatus()->intfStatus().has(ethernet1)
+             ? ""
+             : "a flap evaluated at last does not err-disable";
+}
+
 }  // namespace
 
 std::string directFailures(unsigned& cases) {
-  for (auto const test :
-       {firstReadings, registration, repointing, anotherActivity, delivery, tracking, byName})
+  for (auto const test : {firstReadings, registration, repointing, anotherActivity, delivery,
+                          tracking, byName, evaluation})
     if (std::string wrong = test(cases); !wrong.empty()) return wrong;
   return {};
 }

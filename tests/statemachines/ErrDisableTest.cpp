@@ -112,7 +112,9 @@ INSTANTIATE_TEST_SUITE_P(
                     // Whole seconds first: 0.75 s of an interval of 1 s are 0 s.
                     Fall{0.75, 1, 0}, Fall{1.75, 1, 1}, Fall{3.5, 2, 1},
                     // The direct caller may give a fraction: 4 whole seconds in 1.5 s are 2.
-                    Fall{4.5, 1.5, 2}));
+                    Fall{4.5, 1.5, 2},
+                    // And the whole second of 1.95 is less than 1.9.
+                    Fall{1.95, 1.9, 0}));
 
 INSTANTIATE_TEST_SUITE_P(IntervalsBelowOne, IntervalIndex,
                          testing::Values(Fall{100, 0, 0}, Fall{100, -0.0, 0}, Fall{100, 0.5, 0},
