@@ -108,6 +108,8 @@ Vek::VekType const* stateType() {
 }
 
 /// Run when the runtime is loaded, so that a tool finds every type without making an object first.
+// What it throws ends the process, as it should: there is no runtime without its types.
+// NOLINTNEXTLINE(cert-err58-cpp)
 [[maybe_unused]] bool const registered =
     (stateType<LinkFlap::Config>(), stateType<LinkFlap::IntfConfig>(),
      stateType<LinkFlap::ProfileConfig>(), stateType<Interface::AllEthPhyIntfConfigDir>(),

@@ -42,6 +42,7 @@ String format(char const* pattern, ...) {
   va_start(arguments, pattern);
   std::va_list again;
   va_copy(again, arguments);
+  // NOLINTNEXTLINE(clang-analyzer-valist.Uninitialized): it was started above
   int const length = std::vsnprintf(nullptr, 0, pattern, arguments);
   va_end(arguments);
   std::vector<char> text(length < 0 ? 1 : static_cast<std::size_t>(length) + 1);

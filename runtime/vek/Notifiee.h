@@ -207,10 +207,11 @@ void Notifier::tellRounds(Group& group, Round& first, Round& last, Raise const& 
   last.precedes(round);
   if (Group* const more = nextConcerned(group.next, attributeBit(attribute.id))) {
     tellRounds<attribute, Watcher>(*more, first, round, raise);
-    return;
+  } else {
+    for (Round* told = &first; told != nullptr; told = told->next)
+      tellRound<attribute, Watcher>(*told, raise);
   }
-  for (Round* told = &first; told != nullptr; told = told->next)
-    tellRound<attribute, Watcher>(*told, raise);
+  last.next = nullptr;
 }
 
 /// Reports that an object is not of the watched type, whose name is the message.

@@ -41,7 +41,7 @@ class PathReader {
     } catch (RangeException const&) {
       fail("no name");
     }
-    auto const object = PathRoots::global().root(std::string{name.view()});
+    auto object = PathRoots::global().root(std::string{name.view()});
     if (!object) {
       at_ = start;
       fail("no such object");
@@ -145,7 +145,7 @@ std::string stepsTo(PtrInterface const& from, PtrInterface const& object, unsign
       if (attr->kind == AttrKind::single) {
         auto const child = objectAt(from, *attr, {});
         if (!child) continue;
-        std::string const step = attributeStep(*attr);
+        std::string step = attributeStep(*attr);
         if (child.get() == &object) return step;
         std::string const rest = stepsTo(*child, object, depth - 1);
         if (!rest.empty()) return step + rest;
