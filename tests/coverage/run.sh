@@ -1,8 +1,9 @@
 #!/bin/sh
 # usage: run.sh [--planted]
 # Builds the library and its tests with counters (preset coverage), runs the tests of the runtime, of
-# the state machines and of the reflection and the scenarios, and reports what of `runtime/`,
-# `statemachines/` and `introspection/` none of them runs: lines, and the two ways of each branch.
+# the state machines and of the reflection, the scenarios and, in a second build without the pool, the
+# test of memory that runs out; and reports what of `runtime/`, `statemachines/` and `introspection/`
+# none of them runs: lines, and the two ways of each branch.
 # Fails when that is not exactly what exceptions.txt lists (check.py has the rules). The figure comes
 # last.
 # With --planted the first exception is taken for covered: what it lists must then be found.
@@ -16,7 +17,10 @@ mkdir -p "$build"
 build=$(cd "$build" && pwd)
 { cmake --preset coverage -B "$build" &&
   cmake --build "$build" -j 2 --target runtime_tests statemachines_tests introspection_tests \
-    introspection_load_probe scenario vek-types; } >"$build/build.log" 2>&1 || {
+    introspection_load_probe scenario vek-types &&
+  cmake --preset coverage -B "$build/without-pool" -DLINKFLAP_POOL=OFF &&
+  cmake --build "$build/without-pool" -j 2 --target reliability-memory; } \
+  >"$build/build.log" 2>&1 || {
   cat "$build/build.log"
   exit 1
 }
@@ -38,6 +42,7 @@ for part in runtime statemachines introspection; do
 done
 ran "$build/tests/introspection/introspection_load_probe" "$build/statemachines/liblinkflap.so"
 ran sh tests/scenarios/run-scenarios.sh "$build/scenario"
+ran "$build/without-pool/tests/reliability/reliability-memory" 1000 1
 unset LLVM_PROFILE_FILE
 
 "$(clang++ -print-prog-name=llvm-profdata)" merge -sparse "$build"/profiles/*.profraw \
@@ -50,6 +55,8 @@ rm -rf "$build/profiles"
   -object "$build/statemachines/liblinkflap.so" -object "$build/tests/runtime/runtime_tests" \
   -object "$build/tests/statemachines/statemachines_tests" \
   -object "$build/tests/introspection/introspection_tests" -object "$build/scenario" \
+  -object "$build/without-pool/runtime/libvek.so" \
+  -object "$build/without-pool/statemachines/liblinkflap.so" \
   "$PWD/runtime" "$PWD/statemachines" "$PWD/introspection" >"$build/export.json" \
   2>"$build/export.log" || {
   cat "$build/export.log"

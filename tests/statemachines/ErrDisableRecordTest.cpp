@@ -246,4 +246,25 @@ TEST(ErrDisable, OfAMachineWithoutOwnerClearsItselfAndWritesTheRecord) {
   EXPECT_EQ(counters(*sm), (Counters{0, 0, 0}));
 }
 
+// The counter of passed trace points is the same however many of them are listened to: it counts 2
+// for each while a level is enabled, 1 while none is.
+TEST(ErrDisable, PassesAsManyTracePointsWhenNobodyListens) {
+  for (unsigned limit = 0; limit < 8; ++limit) {
+    auto const hits = [limit](bool listening) {
+      Switch sw{{.maxFlaps = limit, .interval = 100}};
+      sw.addInterface(ethernet1);
+      sw.start();
+      for (unsigned flap = 0; flap < limit; ++flap)
+        sw.flap(ethernet1, {1.0 + flap});
+      for (int level = 0; !listening && level < 10; ++level)
+        LinkFlap::traceHandle().levelIs(level, false);
+      auto const before = LinkFlap::traceHandle().hits();
+      sw.flap(ethernet1, {50});
+      EXPECT_EQ(sw.errdisabledAt(ethernet1), 50.0);
+      return LinkFlap::traceHandle().hits() - before;
+    };
+    EXPECT_EQ(hits(true), 2 * hits(false)) << limit + 1 << " flap times";
+  }
+}
+
 }  // namespace

@@ -114,7 +114,9 @@ INSTANTIATE_TEST_SUITE_P(
                     // The direct caller may give a fraction: 4 whole seconds in 1.5 s are 2.
                     Fall{4.5, 1.5, 2},
                     // And the whole second of 1.95 is less than 1.9.
-                    Fall{1.95, 1.9, 0}));
+                    Fall{1.95, 1.9, 0},
+                    // An age of 2^63 + 2^32 s, in intervals of 2^33 s.
+                    Fall{9223372041149743104.0, 8589934592.0, 1U << 30U}));
 
 INSTANTIATE_TEST_SUITE_P(IntervalsBelowOne, IntervalIndex,
                          testing::Values(Fall{100, 0, 0}, Fall{100, -0.0, 0}, Fall{100, 0.5, 0},

@@ -232,6 +232,18 @@ TEST(Clock, ThatLeapsAYearLeavesOldFlapsBehind) {
   EXPECT_EQ(sw.errdisabledAt(ethernet1), kYear + 1);
 }
 
+TEST(Violations, OfZeroNeverErrDisableAnAgedHistoryEither) {
+  Switch sw;
+  sw.profileIs("p1", {.maxFlaps = 0, .interval = 1, .violations = 0, .trackedIntervals = 1});
+  sw.config->defaultProfileListIs("p1", true);
+  sw.addInterface(ethernet1);
+  sw.start();
+  sw.flap(ethernet1, {1, 2, 5});
+  EXPECT_THAT(times(*sw.profileSm(ethernet1, "p1")), ElementsAre(5));
+  EXPECT_EQ(counters(*sw.profileSm(ethernet1, "p1")), (Counters{1, 0, 1}));
+  EXPECT_EQ(sw.errdisabledAt(ethernet1), std::nullopt);
+}
+
 constexpr char const* kEmptyPtr{"Vek: an empty Ptr was dereferenced where an object is required\n"};
 
 TEST(HandleLinkStatusDeathTest, NeedsTheInterfaceStatus) {

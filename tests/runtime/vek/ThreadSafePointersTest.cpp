@@ -9,6 +9,8 @@
 #include "runtime/vek/PtrInterface.h"
 #include "runtime/vek/String.h"
 
+#include "tests/runtime/support/TimeQueue.h"
+
 namespace {
 
 using Vek::Ptr;
@@ -123,6 +125,17 @@ TEST_F(ThreadSafePointers, SwitchCanBeSetWhileObjectsAreAlive) {
   third = nullptr;
   object = nullptr;
   EXPECT_EQ(Counted::ends, 1);
+}
+
+TEST_F(ThreadSafePointers, AQueueReleasesWhatItGivesBack) {
+  int const before = RuntimeTest::TimeEntry::alive;
+  RuntimeTest::TimeQueue queue;
+  queue.enq(1.5);
+  queue.enq(2.5);
+  EXPECT_EQ(queue.deq(), 1.5);
+  EXPECT_EQ(RuntimeTest::TimeEntry::alive, before + 1);
+  EXPECT_EQ(queue.deq(), 2.5);
+  EXPECT_EQ(RuntimeTest::TimeEntry::alive, before);
 }
 
 }  // namespace

@@ -1,5 +1,6 @@
 #include <gtest/gtest.h>
 #include <locale>
+#include <memory>
 #include <ostream>
 #include <sstream>
 #include <string>
@@ -269,6 +270,30 @@ TEST_F(Trace, TracePointMayBePassedInsideOfAPiece) {
   ASSERT_EQ(traced.lines().size(), 2U);
   EXPECT_TRUE(traced.lines()[0].ends_with(" inner"));
   EXPECT_TRUE(traced.lines()[1].ends_with(" outer end"));
+}
+
+TEST(TraceRegistration, UnderACoverageStreamIsHeardFromTheStart) {
+  Coverage const coverage;
+  TraceHandle facility{"Late", false};
+  TraceHandle::Registration const registered{facility};
+  EXPECT_TRUE(facility.active());
+  facility.levelIs(8, true);
+  facility.levelIs(8, false);
+  EXPECT_TRUE(facility.active()) << "the stream is there still";
+  TracePoint const point{8, 1, "function", "Source", facility};
+  point("said");
+  EXPECT_NE(coverage.text().find("said"), std::string::npos);
+}
+
+TEST(TraceRegistration, EndsInWhateverOrder) {
+  TraceHandle first{"First", false};
+  TraceHandle second{"Second", false};
+  auto older = std::make_unique<TraceHandle::Registration>(first);
+  TraceHandle::Registration const newer{second};
+  older = nullptr;
+  Coverage const coverage;
+  EXPECT_FALSE(first.active()) << "it has left";
+  EXPECT_TRUE(second.active());
 }
 
 }  // namespace
