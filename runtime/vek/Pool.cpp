@@ -1,32 +1,22 @@
 #include "runtime/vek/Pool.h"
 
-#include <array>
 #include <mutex>
-#include <new>
-
-#include "runtime/vek/PtrInterface.h"
 
 namespace Vek {
 
+constinit std::array<Pool::Cell*, Pool::kLargest / Pool::kAlignment + 1> Pool::free_{};
+
 #ifdef LINKFLAP_POOL
+
+bool const Pool::pooled_{true};
 
 namespace {
 
-struct Cell {
-  Cell* next;
-};
-
 constexpr std::size_t kChunk{std::size_t{64} * 1024};
 
-constinit std::array<Cell*, Pool::kLargest / Pool::kAlignment + 1> freeCells{};
 constinit std::byte* arena{nullptr};
 constinit std::byte* arenaEnd{nullptr};
 constinit std::mutex mutex;
-
-constexpr std::size_t sizeClass(std::size_t size) noexcept {
-  // Nothing is smaller than a cell of a free list.
-  return size == 0 ? 1 : (size + Pool::kAlignment - 1) / Pool::kAlignment;
-}
 
 [[gnu::cold, gnu::noinline]] void* carveFromNewChunk(std::size_t size) {
   // What is left of the last chunk is less than one object of this size: not worth keeping.
@@ -36,13 +26,14 @@ constexpr std::size_t sizeClass(std::size_t size) noexcept {
   return chunk;
 }
 
-[[gnu::always_inline]] inline void* take(std::size_t index) {
-  Cell*& first = freeCells[index];
+// `first`: of the free list of pieces of this size.
+
+template <typename Cell>
+[[gnu::always_inline]] inline void* take(Cell*& first, std::size_t size) {
   if (Cell* const cell = first) {
     first = cell->next;
     return cell;
   }
-  std::size_t const size = index * Pool::kAlignment;
   if (static_cast<std::size_t>(arenaEnd - arena) < size) [[unlikely]]
     return carveFromNewChunk(size);
   void* const memory = arena;
@@ -50,67 +41,53 @@ constexpr std::size_t sizeClass(std::size_t size) noexcept {
   return memory;
 }
 
-[[gnu::always_inline]] inline void give(void* memory, std::size_t index) noexcept {
-  freeCells[index] = new (memory) Cell{freeCells[index]};
+template <typename Cell>
+[[gnu::cold, gnu::noinline]] void* takeShared(Cell*& first, std::size_t size) {
+  std::lock_guard const lock{mutex};
+  return take(first, size);
 }
 
-[[gnu::cold, gnu::noinline]] void* takeShared(std::size_t index) {
+template <typename Cell>
+[[gnu::cold, gnu::noinline]] void giveShared(void* memory, Cell*& first) noexcept {
   std::lock_guard const lock{mutex};
-  return take(index);
-}
-
-[[gnu::cold, gnu::noinline]] void giveShared(void* memory, std::size_t index) noexcept {
-  std::lock_guard const lock{mutex};
-  give(memory, index);
+  first = new (memory) Cell{first};
 }
 
 }  // namespace
 
-bool Pool::pooled() noexcept {
-  return true;
-}
-
-void* Pool::allocate(std::size_t size) {
+void* Pool::allocateAny(std::size_t size) {
   if (size > kLargest) [[unlikely]]
     return ::operator new(size);
+  std::size_t const index = sizeClass(size);
   if (VFPtrInterface::enableThreadSafePointers) [[unlikely]]
-    return takeShared(sizeClass(size));
-  return take(sizeClass(size));
+    return takeShared(free_[index], index * kAlignment);
+  return take(free_[index], index * kAlignment);
 }
 
-void Pool::release(void* memory, std::size_t size) noexcept {
+void Pool::releaseAny(void* memory, std::size_t size) noexcept {
   if (memory == nullptr) return;
   if (size > kLargest) [[unlikely]] {
     ::operator delete(memory);
-  } else if (VFPtrInterface::enableThreadSafePointers) [[unlikely]] {
-    giveShared(memory, sizeClass(size));
+  } else if (Cell*& first = free_[sizeClass(size)]; VFPtrInterface::enableThreadSafePointers)
+      [[unlikely]] {
+    giveShared(memory, first);
   } else {
-    give(memory, sizeClass(size));
+    first = new (memory) Cell{first};
   }
 }
 
 #else
 
-bool Pool::pooled() noexcept {
-  return false;
-}
+bool const Pool::pooled_{false};
 
-void* Pool::allocate(std::size_t size) {
+void* Pool::allocateAny(std::size_t size) {
   return ::operator new(size);
 }
 
-void Pool::release(void* memory, std::size_t /*size*/) noexcept {
+void Pool::releaseAny(void* memory, std::size_t /*size*/) noexcept {
   ::operator delete(memory);
 }
 
 #endif
-
-void* PtrInterface::operator new(std::size_t size) {
-  return Pool::allocate(size);
-}
-
-void PtrInterface::operator delete(void* memory, std::size_t size) noexcept {
-  Pool::release(memory, size);
-}
 
 }  // namespace Vek

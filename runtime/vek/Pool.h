@@ -1,6 +1,10 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
+#include <new>
+
+#include "runtime/vek/VFPtrInterface.h"
 
 #pragma GCC visibility push(default)
 
@@ -23,11 +27,51 @@ class Pool {
   static constexpr std::size_t kAlignment{8};
 
   /// Whether the runtime was built with the pool.
-  static bool pooled() noexcept;
+  static bool pooled() noexcept { return pooled_; }
+  /// Whether memory is pooled, and no other thread takes any.
+  static bool plain() noexcept { return pooled_ && !VFPtrInterface::enableThreadSafePointers; }
+
+  // Where the size is known when compiled, a piece that was freed before is taken, or one given
+  // back, without a call; without the pool nothing is ever found there.
+
   /// Throws `std::bad_alloc`, and nothing has changed then.
-  static void* allocate(std::size_t size);
+  [[gnu::always_inline]] static void* allocate(std::size_t size) {
+    if (__builtin_constant_p(size) != 0 && size <= kLargest &&
+        !VFPtrInterface::enableThreadSafePointers) [[likely]] {
+      Cell*& first = free_[sizeClass(size)];
+      if (Cell* const cell = first) [[likely]] {
+        first = cell->next;
+        return cell;
+      }
+    }
+    return allocateAny(size);
+  }
+
   /// `size` as it was asked for.
-  static void release(void* memory, std::size_t size) noexcept;
+  [[gnu::always_inline]] static void release(void* memory, std::size_t size) noexcept {
+    if (__builtin_constant_p(size) != 0 && size <= kLargest && memory != nullptr && plain())
+        [[likely]] {
+      Cell*& first = free_[sizeClass(size)];
+      first = new (memory) Cell{first};
+    } else {
+      releaseAny(memory, size);
+    }
+  }
+
+ private:
+  struct Cell {
+    Cell* next;
+  };
+
+  static constexpr std::size_t sizeClass(std::size_t size) noexcept {
+    // Nothing is smaller than a cell of a free list.
+    return size == 0 ? 1 : (size + kAlignment - 1) / kAlignment;
+  }
+  static void* allocateAny(std::size_t size);
+  static void releaseAny(void* memory, std::size_t size) noexcept;
+
+  static bool const pooled_;
+  static std::array<Cell*, kLargest / kAlignment + 1> free_;
 };
 
 }  // namespace Vek

@@ -34,15 +34,9 @@ void PtrInterface::destroyedWhileReferenced() noexcept {
   fatal("Vek: an object was destroyed while it was still referenced");
 }
 
-void PtrInterface::addReferenceAtomic() const noexcept {
-  std::atomic_ref<std::uint32_t>{word_}.fetch_add(kReference, std::memory_order_relaxed);
-}
-
-void PtrInterface::dropReferenceAtomic() const noexcept {
-  std::atomic_ref<std::uint32_t> const word{word_};
-  if (word.fetch_sub(kReference, std::memory_order_acq_rel) / kReference != 1) return;
+void PtrInterface::destroyShared() const noexcept {
   // Nobody else has a reference, so nobody else can add one.
-  word.fetch_add(kReference, std::memory_order_relaxed);
+  shared().fetch_add(kReference, std::memory_order_relaxed);
   destroy();
 }
 

@@ -5,6 +5,9 @@
 #include <cstdint>
 #include <utility>
 
+#include "runtime/vek/Pool.h"
+#include "runtime/vek/VFPtrInterface.h"
+
 #pragma GCC visibility push(default)
 
 namespace Vek {
@@ -13,18 +16,6 @@ class VekType;
 
 /// Names one attribute of a type; unique within the type, not across types.
 using AttributeId = std::uint32_t;
-
-/// Holds the process-wide switch of reference counting.
-class VFPtrInterface {
- public:
-  /// While true, every change of a reference count is an atomic read-modify-write; while false, a
-  /// plain one. A host sets it before its second thread shares objects and leaves it set.
-  ///
-  /// Trap: the switch itself is a plain variable, read at every change of a count. Starting a thread
-  /// orders the setting before all that the thread does; setting it while other threads count is a
-  /// data race.
-  static bool enableThreadSafePointers;
-};
 
 /// While true, living objects are recorded in `PtrTrack`. Set it before the first object is made.
 extern bool ptrifTrackOn_;
@@ -86,7 +77,7 @@ class PtrInterface {
 
   void addReference() const noexcept {
     if (VFPtrInterface::enableThreadSafePointers) [[unlikely]] {
-      addReferenceAtomic();
+      shared().fetch_add(kReference, std::memory_order_relaxed);
     } else {
       word_ += kReference;
     }
@@ -94,7 +85,8 @@ class PtrInterface {
 
   void dropReference() const noexcept {
     if (VFPtrInterface::enableThreadSafePointers) [[unlikely]] {
-      dropReferenceAtomic();
+      if (shared().fetch_sub(kReference, std::memory_order_acq_rel) < 2 * kReference)
+        destroyShared();
     } else if (word_ < 2 * kReference) {
       destroy();
     } else {
@@ -102,13 +94,22 @@ class PtrInterface {
     }
   }
 
+  /// Whether an object of no use any more may be kept for the next of its kind instead of being
+  /// destroyed: memory is pooled anyway, no other thread counts, and nobody tracks objects.
+  static bool recycles() noexcept { return Pool::plain() && !ptrifTrackOn_; }
+  /// Whether the object has the one reference that it was born with, and no flag. Asked only while
+  /// `recycles()`.
+  bool isAsNew() const noexcept { return word_ == kReference; }
+
   /// Adds a reference that is never released: the object lives until the process ends, and the
   /// object tracker no longer counts it as one that somebody ought to release.
   void referencesLeak() const noexcept;
 
   /// From the pool (Pool.h). A type that must be aligned to more than 8 brings its own.
-  static void* operator new(std::size_t size);
-  static void operator delete(void* memory, std::size_t size) noexcept;
+  static void* operator new(std::size_t size) { return Pool::allocate(size); }
+  static void operator delete(void* memory, std::size_t size) noexcept {
+    Pool::release(memory, size);
+  }
 
  protected:
   /// Sets the flag alone; an override of `hasNotificationActiveIs` calls it and then does its work.
@@ -121,23 +122,22 @@ class PtrInterface {
   static constexpr std::uint32_t kReference{1U << 2U};
 
   // Atomic whatever the switch says: it costs a plain read, and another thread may be counting.
-  std::uint32_t loaded() const noexcept {
-    return std::atomic_ref<std::uint32_t>{word_}.load(std::memory_order_relaxed);
+  std::uint32_t loaded() const noexcept { return shared().load(std::memory_order_relaxed); }
+  std::atomic_ref<std::uint32_t> shared() const noexcept {
+    return std::atomic_ref<std::uint32_t>{word_};
   }
 
   void flagIs(std::uint32_t flag, bool on) noexcept {
     if (VFPtrInterface::enableThreadSafePointers) {
-      std::atomic_ref<std::uint32_t> word{word_};
-      on ? word.fetch_or(flag, std::memory_order_relaxed)
-         : word.fetch_and(~flag, std::memory_order_relaxed);
+      on ? shared().fetch_or(flag, std::memory_order_relaxed)
+         : shared().fetch_and(~flag, std::memory_order_relaxed);
     } else {
       word_ = on ? word_ | flag : word_ & ~flag;
     }
   }
 
-  void addReferenceAtomic() const noexcept;
-  void dropReferenceAtomic() const noexcept;
   void destroy() const noexcept;
+  void destroyShared() const noexcept;
   void trackNew() const noexcept;
   void trackGone() const noexcept;
   [[noreturn]] static void destroyedWhileReferenced() noexcept;
