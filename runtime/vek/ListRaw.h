@@ -1,11 +1,13 @@
 #pragma once
 
+#include <utility>
+
 #pragma GCC visibility push(default)
 
 namespace Vek {
 
 template <typename T>
-class SnapshotIterator;
+class SnapshotWalk;
 
 /// The untyped part of `ListRaw`: what links, and what is under way.
 class ListRawGeneric {
@@ -22,8 +24,9 @@ class ListRawGeneric {
 
    private:
     friend class ListRawGeneric;
-    Link* previous_{nullptr};  // of the first: the last; null outside of a list
-    Link* next_{nullptr};      // of the last: null
+    // A ring, so that every member leaves in the same way; both null outside of a list.
+    Link* previous_{nullptr};
+    Link* next_{nullptr};
   };
 
   ListRawGeneric(ListRawGeneric const&) = delete;
@@ -39,15 +42,15 @@ class ListRawGeneric {
 
  protected:
   template <typename T>
-  friend class SnapshotIterator;
+  friend class SnapshotWalk;
 
   /// A walk under way. It knows where the list ended when it began, and every removal tells it: so
   /// it needs no copy of the list, and members need no mark of when they came.
   class Walk {
    public:
     explicit Walk(ListRawGeneric& list) noexcept
-        : next_{list.first_},
-          end_{list.first_ == nullptr ? nullptr : list.first_->previous_},
+        : end_{list.first_ == nullptr ? nullptr : list.first_->previous_},
+          next_{list.first_},
           outer_{walks_} {
       // The stack of walks knows this one while it lives, which g++ cannot see.
 #if defined(__GNUC__) && !defined(__clang__)
@@ -59,11 +62,21 @@ class ListRawGeneric {
 #pragma GCC diagnostic pop
 #endif
     }
-    ~Walk() {
-      walks_ = outer_;
-    }
     Walk(Walk const&) = delete;
     Walk& operator=(Walk const&) = delete;
+
+    /// Ends the walk when it goes: a walk has one, made right after it. An object of its own,
+    /// which nobody else can reach: so what is to be restored stays in a register.
+    class End {
+     public:
+      explicit End(Walk const& walk) noexcept : outer_{walk.outer_} {}
+      ~End() { walks_ = outer_; }
+      End(End const&) = delete;
+      End& operator=(End const&) = delete;
+
+     private:
+      Walk* const outer_;
+    };
 
     Link* advance() noexcept {
       current_ = next_;
@@ -84,9 +97,9 @@ class ListRawGeneric {
       if (end_ == &link) end_ = link.previous_;
     }
 
+    Link* end_;
     Link* current_{nullptr};
     Link* next_;
-    Link* end_;
     Walk* outer_;
   };
 
@@ -99,13 +112,18 @@ class ListRawGeneric {
     return first_;
   }
 
+  void swap(ListRawGeneric& other) noexcept {
+    std::swap(first_, other.first_);
+  }
+
   void link(Link& link) noexcept {
-    link.next_ = nullptr;
     if (first_ == nullptr) {
       link.previous_ = &link;
+      link.next_ = &link;
       first_ = &link;
     } else {
       link.previous_ = first_->previous_;
+      link.next_ = first_;
       first_->previous_->next_ = &link;
       first_->previous_ = &link;
     }
@@ -114,16 +132,9 @@ class ListRawGeneric {
   void unlink(Link& link) noexcept {
     for (Walk* walk = walks_; walk != nullptr; walk = walk->outer_)
       walk->leaves(link);
-    if (link.next_ != nullptr) {
-      link.next_->previous_ = link.previous_;
-    } else if (first_ != &link) {
-      first_->previous_ = link.previous_;
-    }
-    if (first_ == &link) {
-      first_ = link.next_;
-    } else {
-      link.previous_->next_ = link.next_;
-    }
+    link.next_->previous_ = link.previous_;
+    link.previous_->next_ = link.next_;
+    if (first_ == &link) first_ = link.next_ == &link ? nullptr : link.next_;
     link.previous_ = nullptr;
     link.next_ = nullptr;
   }
@@ -159,14 +170,35 @@ class ListRaw : public ListRawGeneric {
   void append(T& object) noexcept { link(asLink(object)); }
   /// Takes out `object`, which is in this list. Walks under way skip it.
   void remove(T& object) noexcept { unlink(asLink(object)); }
+  /// Takes over the members of `other`, itself being empty. Walks under way go on.
+  void takeAll(ListRaw& other) noexcept { swap(other); }
 
  private:
-  friend class SnapshotIterator<T>;
+  friend class SnapshotWalk<T>;
 
   static Link& asLink(T& object) noexcept { return object; }
   static T* typed(ListRawGeneric::Link* link) noexcept {
     return static_cast<T*>(static_cast<Link*>(link));
   }
+};
+
+/// The steps of a `SnapshotIterator`; who makes one sees to its end (`End`).
+template <typename T>
+class SnapshotWalk : private ListRawGeneric::Walk {
+  using Walk = ListRawGeneric::Walk;
+
+ public:
+  explicit SnapshotWalk(ListRaw<T>& list) noexcept : Walk{list} {}
+
+  class End : private Walk::End {
+   public:
+    explicit End(SnapshotWalk const& walk) noexcept : Walk::End{walk} {}
+  };
+
+  /// Goes on to the next member and returns it; null at the end.
+  T* next() noexcept { return ListRaw<T>::typed(Walk::advance()); }
+  /// The member that the walk stands on; null when it has left the list (and perhaps is no more).
+  T* current() const noexcept { return ListRaw<T>::typed(Walk::current()); }
 };
 
 /// A walk over a `ListRaw` that holds under any change of the list and the end of the list itself.
@@ -177,16 +209,12 @@ class ListRaw : public ListRawGeneric {
 /// Costs nothing for the members it has not reached: no copy, no reference. Walks nest, whichever
 /// the list: it lives on the stack, and the inner one ends first.
 template <typename T>
-class SnapshotIterator : private ListRawGeneric::Walk {
-  using Walk = ListRawGeneric::Walk;
-
+class SnapshotIterator : public SnapshotWalk<T> {
  public:
-  explicit SnapshotIterator(ListRaw<T>& list) noexcept : Walk{list} {}
+  explicit SnapshotIterator(ListRaw<T>& list) noexcept : SnapshotWalk<T>{list} {}
 
-  /// Goes on to the next member and returns it; null at the end.
-  T* next() noexcept { return ListRaw<T>::typed(Walk::advance()); }
-  /// The member that the walk stands on; null when it has left the list (and perhaps is no more).
-  T* current() const noexcept { return ListRaw<T>::typed(Walk::current()); }
+ private:
+  typename SnapshotWalk<T>::End end_{*this};
 };
 
 }  // namespace Vek

@@ -1,5 +1,7 @@
 #include "runtime/vek/Notifiee.h"
 
+#include <memory>
+
 #include "runtime/vek/Assertion.h"
 #include "runtime/vek/Exception.h"
 #include "runtime/vek/Report.h"
@@ -54,48 +56,61 @@ PtrInterface::NotifieeConst::~NotifieeConst() {
 }
 
 Notifier::~Notifier() {
-  for (MoreWatchers* more = first_.next; more != nullptr;) {
-    MoreWatchers* const gone = more;
-    more = more->next;
+  if (!grouped_) {
+    watchers_.all.~ListRaw();
+    return;
+  }
+  for (Group* group = watchers_.groups; group != nullptr;) {
+    Group* const gone = group;
+    group = group->next;
     delete gone;
   }
 }
 
-Notifier::Group& Notifier::groupOf(AttributeMask watching) const {
+ListRaw<PtrInterface::NotifieeConst>& Notifier::watchersOf(AttributeMask watching) const {
   if (watching == 0) fatal("Vek: a watcher of nothing was registered");
-  if (firstWatching_ == 0) firstWatching_ = watching;
-  if (firstWatching_ == watching) return first_;
+  if (!grouped_) {
+    if (firstWatching_ == 0) firstWatching_ = watching;
+    if (firstWatching_ == watching) return watchers_.all;
+    groupedBesides(watching);
+  }
   // At the end of the chain: kinds of watchers are told in the order in which the first of each
   // came.
-  MoreWatchers** more = &first_.next;
-  while (*more != nullptr && (*more)->watching != watching)
-    more = &(*more)->next;
-  if (*more == nullptr) *more = new MoreWatchers{watching};
-  return **more;
+  Group** group = &watchers_.groups;
+  while (*group != nullptr && (*group)->watching != watching)
+    group = &(*group)->next;
+  if (*group == nullptr) *group = new Group{watching};
+  return (*group)->watchers;
+}
+
+/// Makes the watchers that are here a group, to be followed by one that watches `watching`.
+void Notifier::groupedBesides(AttributeMask watching) const {
+  auto first = std::make_unique<Group>(firstWatching_);
+  first->next = new Group{watching};
+  first->watchers.takeAll(watchers_.all);
+  watchers_.all.~ListRaw();
+  watchers_.groups = first.release();
+  grouped_ = true;
 }
 
 void Notifier::notifieeIs(NotifieeConst& watcher) const {
-  groupOf(watcher.watching()).watchers.append(watcher);
+  watchersOf(watcher.watching()).append(watcher);
 }
 
 void Notifier::notifieeDel(NotifieeConst& watcher) const noexcept {
-  Group* group = &first_;
-  if (watcher.watching() != firstWatching_) {
-    MoreWatchers* more = first_.next;
-    while (more->watching != watcher.watching())
-      more = more->next;
-    group = more;
-  }
+  if (!grouped_) return watchers_.all.remove(watcher);
+  Group* group = watchers_.groups;
+  while (group->watching != watcher.watching())
+    group = group->next;
   group->watchers.remove(watcher);
 }
 
 bool Notifier::hasNotifiees() const noexcept {
-  for (Group const* group = &first_; group != nullptr; group = group->next)
-    if (!group->watchers.empty()) return true;
-  return false;
+  return grouped_ ? nextConcerned(watchers_.groups, kAllAttributes) != nullptr
+                  : !watchers_.all.empty();
 }
 
-void Notifier::watcherThrew(SnapshotIterator<NotifieeConst>& walk, AttributeId id,
+void Notifier::watcherThrew(SnapshotWalk<NotifieeConst>& walk, AttributeId id,
                             std::string_view name, std::type_info const& watcher) noexcept {
   if (NotifieeConst* const current = walk.current()) {
     Ptr<NotifieeConst> const hold{current};

@@ -101,7 +101,7 @@ class Notifier : public Entity {
   void notifieeIs(PtrInterface::NotifieeConst& watcher) const;
   void notifieeDel(PtrInterface::NotifieeConst& watcher) const noexcept;
   /// After it, registering watchers of these attributes cannot fail.
-  void roomForWatchersOf(AttributeMask watching) const { (void)groupOf(watching); }
+  void roomForWatchersOf(AttributeMask watching) const { (void)watchersOf(watching); }
 
   bool hasNotifiees() const noexcept;
 
@@ -117,21 +117,26 @@ class Notifier : public Entity {
 
  private:
   using NotifieeConst = PtrInterface::NotifieeConst;
-  struct MoreWatchers;
 
-  /// The watchers of the same attributes. Of the first kind, which stands in the object itself,
-  /// `firstWatching_` holds the mask, where it takes no room.
+  /// The watchers of the same attributes, once an object has watchers of several kinds.
   struct Group {
-    ListRaw<NotifieeConst> watchers;
-    MoreWatchers* next{nullptr};
-  };
-  struct MoreWatchers : Group {
-    explicit MoreWatchers(AttributeMask mask) noexcept : watching{mask} {}
+    explicit Group(AttributeMask mask) noexcept : watching{mask} {}
+
     AttributeMask const watching;
+    Group* next{nullptr};
+    ListRaw<NotifieeConst> watchers;
+  };
+  /// One list as long as all watch the same, which hardly any object outgrows; then the groups.
+  union Watchers {
+    Watchers() noexcept : all() {}
+    ~Watchers() {}
+
+    ListRaw<NotifieeConst> all;
+    Group* groups;
   };
   /// A group that is being told of a change, and those that come after it.
   struct Round {
-    explicit Round(Group& group) noexcept : walk{group.watchers} {}
+    explicit Round(ListRaw<NotifieeConst>& watchers) noexcept : walk{watchers} {}
     void precedes(Round& later) noexcept {
       // Rounds end in the opposite order, which g++ cannot see.
 #if defined(__GNUC__) && !defined(__clang__)
@@ -144,74 +149,81 @@ class Notifier : public Entity {
 #endif
     }
 
-    SnapshotIterator<NotifieeConst> walk;
+    SnapshotWalk<NotifieeConst> walk;
     Round* next{nullptr};
   };
 
-  Group& groupOf(AttributeMask watching) const;
-  [[gnu::cold]] static void watcherThrew(SnapshotIterator<NotifieeConst>& walk, AttributeId id,
+  ListRaw<NotifieeConst>& watchersOf(AttributeMask watching) const;
+  void groupedBesides(AttributeMask watching) const;
+  [[gnu::cold]] static void watcherThrew(SnapshotWalk<NotifieeConst>& walk, AttributeId id,
                                          std::string_view name,
                                          std::type_info const& watcher) noexcept;
 
-  /// The first group from `more` on that watches one of `attributes` and has watchers.
-  static Group* nextConcerned(MoreWatchers* more, AttributeMask attributes) noexcept {
-    while (more != nullptr && ((more->watching & attributes) == 0 || more->watchers.empty()))
-      more = more->next;
-    return more;
+  /// The first group from `group` on that watches one of `attributes` and has watchers.
+  static Group* nextConcerned(Group* group, AttributeMask attributes) noexcept {
+    while (group != nullptr && ((group->watching & attributes) == 0 || group->watchers.empty()))
+      group = group->next;
+    return group;
   }
 
   template <auto const& attribute, typename Watcher, typename Raise>
-  [[gnu::always_inline]] static void tellRound(Round& round, Raise const& raise);
+  [[gnu::always_inline]] static void tellRound(SnapshotWalk<NotifieeConst>& walk,
+                                               Raise const& raise);
   template <auto const& attribute, typename Watcher, typename Raise>
-  [[gnu::noinline]] static void tellRounds(Group& group, Round& first, Round& last,
+  [[gnu::noinline]] static void tellRounds(Group& group, Round* first, Round* last,
                                            Raise const& raise);
 
-  mutable AttributeMask firstWatching_{0};
-  mutable Group first_;
+  mutable AttributeMask firstWatching_{0};  // what all watch; 0 before there was any
+  mutable bool grouped_{false};
+  mutable Watchers watchers_;
 };
 
 template <auto const& attribute, typename Watcher, typename Raise>
-inline void Notifier::tellRound(Round& round, Raise const& raise) {
-  while (NotifieeConst* const watcher = round.walk.next()) {
+inline void Notifier::tellRound(SnapshotWalk<NotifieeConst>& walk, Raise const& raise) {
+  while (NotifieeConst* const watcher = walk.next()) {
     // Read before the call: afterwards the watcher may be no more, and a report names its class.
     std::type_info const& type = typeid(*watcher);
     try {
-      raise(static_cast<Watcher&>(*watcher), round.walk);
+      raise(static_cast<Watcher&>(*watcher), walk);
     } catch (...) {
-      watcherThrew(round.walk, attribute.id, attribute.name, type);
+      watcherThrew(walk, attribute.id, attribute.name, type);
     }
   }
 }
 
-// Order: the walks over all groups begin before anyone is told, one recursion deeper for each group
-// after the first. So nobody who comes while others are told hears of this change, and once somebody
-// was told nothing of this object is needed but the walks.
-
 template <auto const& attribute, typename Watcher, typename Raise>
 void Notifier::tell(Raise raise) {
   constexpr AttributeMask attributes = attributeBit(attribute.id);
-  Group* const group = (firstWatching_ & attributes) != 0 && !first_.watchers.empty()
-                           ? &first_
-                           : nextConcerned(first_.next, attributes);
-  if (group == nullptr) return;
-  Round round{*group};
-  if (Group* const more = nextConcerned(group->next, attributes)) [[unlikely]]
-    tellRounds<attribute, Watcher>(*more, round, round, raise);
-  else
-    tellRound<attribute, Watcher>(round, raise);
+  if (grouped_) [[unlikely]] {
+    if (Group* const group = nextConcerned(watchers_.groups, attributes))
+      tellRounds<attribute, Watcher>(*group, nullptr, nullptr, raise);
+    return;
+  }
+  if ((firstWatching_ & attributes) == 0 || watchers_.all.empty()) return;
+  SnapshotWalk<NotifieeConst> walk{watchers_.all};
+  typename SnapshotWalk<NotifieeConst>::End const end{walk};
+  tellRound<attribute, Watcher>(walk, raise);
 }
 
+// Order: the walks over all groups begin before anyone is told, one recursion deeper for each group.
+// So nobody who comes while others are told hears of this change, and once somebody was told nothing
+// of this object is needed but the walks.
+
 template <auto const& attribute, typename Watcher, typename Raise>
-void Notifier::tellRounds(Group& group, Round& first, Round& last, Raise const& raise) {
-  Round round{group};
-  last.precedes(round);
+void Notifier::tellRounds(Group& group, Round* first, Round* last, Raise const& raise) {
+  Round round{group.watchers};
+  typename SnapshotWalk<NotifieeConst>::End const end{round.walk};
+  if (last == nullptr)
+    first = &round;
+  else
+    last->precedes(round);
   if (Group* const more = nextConcerned(group.next, attributeBit(attribute.id))) {
-    tellRounds<attribute, Watcher>(*more, first, round, raise);
+    tellRounds<attribute, Watcher>(*more, first, &round, raise);
   } else {
-    for (Round* told = &first; told != nullptr; told = told->next)
-      tellRound<attribute, Watcher>(*told, raise);
+    for (Round* told = first; told != nullptr; told = told->next)
+      tellRound<attribute, Watcher>(told->walk, raise);
   }
-  last.next = nullptr;
+  if (last != nullptr) last->next = nullptr;
 }
 
 /// Reports that an object is not of the watched type, whose name is the message.
