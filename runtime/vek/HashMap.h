@@ -56,17 +56,30 @@ class HashMap {
 
   /// Makes `member` a member under its own key. A member of that key is replaced and released.
   void newMember(Ptr<Entry> member) {
-    Key const key = member->fwkKey();
-    Ptr<Entry> const replaced = deleteMember(key);
-    table_.newMemberG(*member.release(), &key, keyTable());
+    Key const& key = member->fwkKey();
+    std::uint32_t const order = bitReverse(key.hash());
+    HashLink** const place = table_.placeOf(order, &key, keyTable());
+    Ptr<Entry> replaced;
+    if (holds(place, order, key)) [[unlikely]]
+      replaced = removedAt(place);
+    table_.newMemberAt(place, *member.release(), order, &key, keyTable());
+  }
+
+  /// The member of the key of `member`: the one that is here, or else `member`, which becomes one.
+  Entry& memberOrNew(Ptr<Entry> const& member) noexcept {
+    Key const& key = member->fwkKey();
+    std::uint32_t const order = bitReverse(key.hash());
+    HashLink** const place = table_.placeOf(order, &key, keyTable());
+    if (holds(place, order, key)) return static_cast<Entry&>(**place);
+    table_.newMemberAt(place, *Ptr<Entry>{member}.release(), order, &key, keyTable());
+    return *member;
   }
 
   /// Removes the member of that key and returns it; an empty pointer when there is none.
   Ptr<Entry> deleteMember(Key const& key) {
-    Entry* const member = find(key);
-    if (member == nullptr) return nullptr;
-    table_.deleteMember(*member);
-    return Ptr<Entry>::adopt(member);
+    std::uint32_t const order = bitReverse(key.hash());
+    HashLink** const place = table_.placeOf(order, &key, keyTable());
+    return holds(place, order, key) ? removedAt(place) : nullptr;
   }
 
   /// Removes the member that the walk stands on, if it still is one, and returns it. The walk
@@ -97,16 +110,23 @@ class HashMap {
   std::default_sentinel_t end() const noexcept { return {}; }
 
  private:
-  static HashKeyTable const& keyTable() noexcept {
-    static constexpr HashKeyTable table{
-        [](void const* key) { return static_cast<Key const*>(key)->hash(); },
-        [](HashLink const& member, void const* key) {
-          return static_cast<Entry const&>(member).fwkKey() == *static_cast<Key const*>(key);
-        },
-        [](HashLink const& member, void const* key) {
-          return static_cast<Entry const&>(member).fwkKey() < *static_cast<Key const*>(key);
-        }};
-    return table;
+  static constexpr HashKeyTable keyTable() noexcept {
+    return {[](void const* key) { return static_cast<Key const*>(key)->hash(); },
+            [](HashLink const& member, void const* key) {
+              return static_cast<Entry const&>(member).fwkKey() == *static_cast<Key const*>(key);
+            },
+            [](HashLink const& member, void const* key) {
+              return static_cast<Entry const&>(member).fwkKey() < *static_cast<Key const*>(key);
+            }};
+  }
+
+  /// Whether the member of that key stands at `place`, which is where it must.
+  static bool holds(HashLink* const* place, std::uint32_t order, Key const& key) noexcept {
+    return *place != nullptr && (*place)->order() == order &&
+           static_cast<Entry const&>(**place).fwkKey() == key;
+  }
+  Ptr<Entry> removedAt(HashLink** place) noexcept {
+    return Ptr<Entry>::adopt(static_cast<Entry*>(&table_.deleteMemberAt(place)));
   }
 
   HashMapGeneric table_;
@@ -133,26 +153,29 @@ class HashMap<Entry, Key, Value>::Iterator {
   Iterator& operator++() {
     if (!member_) return *this;
     HashMapGeneric const& table = map_->table_;
-    HashLink* next = nullptr;
-    if (version_ == table.version()) {
-      next = table.following(*member_);
+    if (version_ == table.version()) [[likely]] {
+      member_ = Ptr<Entry>{static_cast<Entry*>(table.following(*member_, bucket_))};
     } else {
       Key const key = member_->fwkKey();
-      next = table.findNextG(member_->order(), &key, keyTable());
-      version_ = table.version();
+      standOn(static_cast<Entry*>(table.findNextG(member_->order(), &key, keyTable())));
     }
-    member_ = Ptr<Entry>{static_cast<Entry*>(next)};
     return *this;
   }
 
  private:
   friend class HashMap;
-  Iterator(HashMap const& map, Entry* from)
-      : map_{&map}, member_{from}, version_{map.table_.version()} {}
+  Iterator(HashMap const& map, Entry* from) : map_{&map} { standOn(from); }
+
+  void standOn(Entry* member) {
+    member_ = Ptr<Entry>{member};
+    version_ = map_->table_.version();
+    if (member != nullptr) bucket_ = map_->table_.bucketOf(*member);
+  }
 
   HashMap const* map_;
   Ptr<Entry> member_;
-  std::uint32_t version_;
+  std::size_t bucket_{0};  // of the member, while the table's version is this:
+  std::uint32_t version_{0};
 };
 
 }  // namespace Vek

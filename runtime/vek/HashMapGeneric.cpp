@@ -9,12 +9,6 @@ HashMapGeneric::~HashMapGeneric() {
   if (bits_ != 0) delete[] many_;
 }
 
-HashLink* HashMapGeneric::findNextBucket(std::size_t bucket) const noexcept {
-  for (std::size_t const end = buckets(); bucket < end; ++bucket)
-    if (HashLink* const first = this->bucket(bucket)) return first;
-  return nullptr;
-}
-
 HashLink* HashMapGeneric::findNextG(std::uint32_t order, void const* key,
                                     HashKeyTable const& table) const noexcept {
   for (HashLink* member = startAtHash(order); member != nullptr; member = member->next_) {
@@ -25,30 +19,12 @@ HashLink* HashMapGeneric::findNextG(std::uint32_t order, void const* key,
   return findNextBucket(bucketOf(order) + 1);
 }
 
-void HashMapGeneric::newMemberG(HashLink& member, void const* key,
-                                HashKeyTable const& table) noexcept {
-  member.order_ = bitReverse(table.hash(key));
-  if (members_ >= (bits_ == 0 ? hint_ : buckets())) grow();
-  HashLink** place = slot(bucketOf(member.order_));
-  while (*place != nullptr &&
-         ((*place)->order_ < member.order_ ||
-          ((*place)->order_ == member.order_ && table.keyLessThan(**place, key))))
-    place = &(*place)->next_;
-  member.next_ = *place;
-  *place = &member;
-  ++members_;
-  ++version_;
-}
-
 bool HashMapGeneric::deleteMember(HashLink& member) noexcept {
   HashLink** place = slot(bucketOf(member.order_));
   while (*place != nullptr && *place != &member)
     place = &(*place)->next_;
   if (*place == nullptr) return false;
-  *place = member.next_;
-  member.next_ = nullptr;
-  --members_;
-  ++version_;
+  deleteMemberAt(place);
   return true;
 }
 
@@ -65,6 +41,7 @@ void HashMapGeneric::grow() noexcept {
   };
   for (std::size_t old = 0, end = buckets(); old < end; ++old) {
     HashLink* member = bucket(old);
+    if (old + kFetchAhead < end) __builtin_prefetch(bucket(old + kFetchAhead));
     while (member != nullptr) {
       std::size_t const index = newBucketOf(*member);
       grown[index] = member;

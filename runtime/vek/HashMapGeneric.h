@@ -69,17 +69,72 @@ class HashMapGeneric {
   static HashLink* next(HashLink const& member) noexcept { return member.next_; }
 
   /// First member of the first bucket from `bucket` on that has one, or null.
-  HashLink* findNextBucket(std::size_t bucket) const noexcept;
-  /// The member that follows `member` in the table's order; `member` is a member.
-  HashLink* following(HashLink const& member) const noexcept {
-    return member.next_ != nullptr ? member.next_ : findNextBucket(bucketOf(member.order_) + 1);
+  HashLink* findNextBucket(std::size_t bucket) const noexcept { return advanceTo(bucket); }
+  /// The same; `bucket` becomes the one it stands in.
+  HashLink* advanceTo(std::size_t& bucket) const noexcept {
+    std::size_t const end = buckets();
+    HashLink* const* const heads = bits_ == 0 ? &single_ : many_;
+    if (bits_ < kSpreadBits) {
+      for (; bucket < end; ++bucket)
+        if (HashLink* const first = heads[bucket]) return first;
+      return nullptr;
+    }
+    for (; bucket < end; ++bucket) {
+      // A walk goes on to those that come soon; so many stand anywhere in memory.
+      __builtin_prefetch(heads[(bucket + kFetchAhead) & (end - 1)]);
+      if (HashLink* const first = heads[bucket]) return first;
+    }
+    return nullptr;
   }
+  /// The member that follows `member`, which stands in `bucket`; that becomes its.
+  HashLink* following(HashLink const& member, std::size_t& bucket) const noexcept {
+    return member.next_ != nullptr ? member.next_ : advanceTo(++bucket);
+  }
+  /// Where a member stands until one comes or goes.
+  std::size_t bucketOf(HashLink const& member) const noexcept { return bucketOf(member.order_); }
   /// First member beyond the place of `key`, whether or not `key` itself is present; or null.
   HashLink* findNextG(std::uint32_t order, void const* key,
                       HashKeyTable const& table) const noexcept;
 
+  // Inline: where the table of the keys is known, nothing is called through it.
+
+  /// Where the chain holds the member of `key`, or is to hold it. Valid until the table changes.
+  HashLink** placeOf(std::uint32_t order, void const* key, HashKeyTable const& table) noexcept {
+    HashLink** place = slot(bucketOf(order));
+    while (*place != nullptr && ((*place)->order_ < order ||
+                                 ((*place)->order_ == order && !table.keyEquals(**place, key) &&
+                                  table.keyLessThan(**place, key))))
+      place = &(*place)->next_;
+    return place;
+  }
+  /// Links `member` in under `key`, which must be absent; `place` as `placeOf` found it.
+  void newMemberAt(HashLink** place, HashLink& member, std::uint32_t order, void const* key,
+                   HashKeyTable const& table) noexcept {
+    member.order_ = order;
+    if (members_ >= (bits_ == 0 ? hint_ : buckets())) [[unlikely]] {
+      grow();
+      place = placeOf(order, key, table);
+    }
+    member.next_ = *place;
+    *place = &member;
+    ++members_;
+    ++version_;
+  }
+  /// Unlinks the member that stands at `place` and returns it.
+  HashLink& deleteMemberAt(HashLink** place) noexcept {
+    HashLink& member = **place;
+    *place = member.next_;
+    member.next_ = nullptr;
+    --members_;
+    ++version_;
+    return member;
+  }
+
   /// Links `member` in under `key`, which must be absent.
-  void newMemberG(HashLink& member, void const* key, HashKeyTable const& table) noexcept;
+  void newMemberG(HashLink& member, void const* key, HashKeyTable const& table) noexcept {
+    std::uint32_t const order = bitReverse(table.hash(key));
+    newMemberAt(placeOf(order, key, table), member, order, key, table);
+  }
   /// Unlinks `member`; false when it is not a member.
   bool deleteMember(HashLink& member) noexcept;
   /// Unlinks every member and frees the table's memory; calls `release` on each, in order, after
@@ -98,6 +153,8 @@ class HashMapGeneric {
  private:
   static constexpr unsigned kMaxHint{64};
   static constexpr unsigned kMaxBits{30};
+  static constexpr unsigned kSpreadBits{9};
+  static constexpr std::size_t kFetchAhead{16};
 
   std::size_t bucketOf(std::uint32_t order) const noexcept {
     return static_cast<std::size_t>((std::uint64_t{order} << bits_) >> 32U);

@@ -57,8 +57,12 @@ HashLink* nextAfter(HashMapGeneric const& map, Member const& member) {
 
 std::vector<HashLink const*> walked(HashMapGeneric const& map) {
   std::vector<HashLink const*> members;
-  for (HashLink* link = map.findNextBucket(0); link != nullptr; link = map.following(*link))
+  std::size_t bucket = 0;
+  for (HashLink* link = map.advanceTo(bucket); link != nullptr;
+       link = map.following(*link, bucket)) {
+    EXPECT_EQ(bucket, map.bucketOf(*link));
     members.push_back(link);
+  }
   return members;
 }
 
