@@ -159,7 +159,7 @@ class LinkFlapProfileSm final : public Machine, public Vek::HashLink {
   // array, so no guard.
   [[gnu::noinline]] __attribute__((no_stack_protector)) void handleFlap();
   void errDisable(Counters const& before, std::uint32_t maxFlaps,
-                  Errdisable::CauseStatus::Room room);
+                  Errdisable::CauseStatus::Room&& room);
   void countAndAge(double now, double firstFlapTime, double trackingWindow,
                    ProfileValues const& values);
 
@@ -179,6 +179,9 @@ class LinkFlapProfileSm final : public Machine, public Vek::HashLink {
 /// The time of one flap.
 class LinkFlapProfileSm::VekLinkFlapTimeStamp final : public Vek::LinkQueueEntry<double> {
  public:
+  /// Flaps come and go by the thousand: an entry is used again, by whichever machine's next flap.
+  static constexpr bool kRecycled{true};
+
   VekLinkFlapTimeStamp(std::uint32_t index, double time) : LinkQueueEntry{index, time} {}
   /// Seconds of `Vek::now()`.
   double time() const noexcept { return value(); }

@@ -53,6 +53,10 @@ class LinkQueueEntry : public PtrInterface {
 ///
 /// `Entry` derives from `LinkQueueEntry<Value>`, is final, is made from (index, value) and lets the
 /// queue destroy it (a friend). Ownership: the queue holds one reference on each entry.
+///
+/// An entry whose destruction nobody needs to see says so by a member `kRecycled`. While memory is
+/// pooled, such entries are kept for the next appends to any queue of their type, and clearing a
+/// queue takes constant time; whoever holds one of them keeps it as it is.
 template <typename Entry, typename Index, typename Value>
 class LinkQueue {
   static_assert(std::is_same_v<Index, std::uint32_t>);
@@ -82,7 +86,7 @@ class LinkQueue {
     if (tail_ != nullptr && tail_->index_ >= index) index = wrappingSum(tail_->index_, 1);
     metadata_.nextIndex = index;
     requireRoomFor(index);
-    linkAtTail(make<Entry>(index, value).release(), index);
+    linkAtTail(newEntry(index, value), index);
   }
 
   /// Removes the head and returns its value; a default value when the queue is empty.
@@ -118,16 +122,16 @@ class LinkQueue {
   /// `Vek::NameInUseException` when there is an entry of that index.
   Ptr<Entry> newMember(Index index, Value const& value) {
     if (find(index) != nullptr) throwLinkQueueIndexInUse();
-    if (head_ == nullptr) return counted(linkAtTail(make<Entry>(index, value).release(), index));
+    if (head_ == nullptr) return counted(linkAtTail(newEntry(index, value), index));
     Index const headIndex = head_->index_;
     if (wrappingDifference(index, headIndex) < wrappingDifference(tail_->index_, headIndex))
       return counted(linkInside(index, value));
     if (index == metadata_.nextIndex ||
         wrappingDifference(index, tail_->index_) <= wrappingDifference(headIndex, index)) {
       requireRoomFor(index);
-      return counted(linkAtTail(make<Entry>(index, value).release(), index));
+      return counted(linkAtTail(newEntry(index, value), index));
     }
-    return counted(linkAtHead(make<Entry>(index, value).release(), index));
+    return counted(linkAtHead(newEntry(index, value), index));
   }
 
   /// Removes the entry of that index and returns its value; a default value when there is none.
@@ -166,8 +170,12 @@ class LinkQueue {
     version_ = wrappingSum(version_, count_);
     count_ = 0;
     Node* entry = std::exchange(head_, nullptr);
-    tail_ = nullptr;
+    Node* const last = std::exchange(tail_, nullptr);
     headValue_ = Value{};
+    if (recycles()) [[likely]] {
+      last->next_ = std::exchange(spare_, entry);
+      return;
+    }
     while (entry != nullptr)
       release(std::exchange(entry, std::exchange(entry->next_, nullptr)));
   }
@@ -212,7 +220,7 @@ class LinkQueue {
   }
 
   Node* linkInside(Index index, Value const& value) {
-    Node* const entry = make<Entry>(index, value).release();
+    Node* const entry = newEntry(index, value);
     Node* before = head_;
     while (wrappingDifference(before->next_->index_, head_->index_) <
            wrappingDifference(index, head_->index_))
@@ -258,13 +266,45 @@ class LinkQueue {
   /// Drops the queue's reference. `Entry` is final and has no hook for its last reference, so it is
   /// destroyed without asking which type it is.
   static void release(Node* entry) noexcept {
-    static_assert(std::is_final_v<Entry> &&
+    static_assert(std::is_final_v<Entry> && std::is_trivially_destructible_v<Value> &&
                   std::is_same_v<decltype(&Entry::zeroReferencesIs), void (PtrInterface::*)(bool)>);
-    if (entry->isOnlyReference()) [[likely]]
+    if (recycles() && entry->isAsNew()) [[likely]]
+      entry->next_ = std::exchange(spare_, entry);
+    else if (entry->isOnlyReference())
       delete static_cast<Entry*>(entry);
     else
       entry->dropReference();
   }
+
+  static bool recycles() noexcept {
+    if constexpr (requires { Entry::kRecycled; })
+      return PtrInterface::recycles();
+    else
+      return false;
+  }
+
+  /// An entry with the queue's reference.
+  static Node* newEntry(Index index, Value const& value) {
+    while (Node* const entry = spare_) {
+      if (!recycles()) [[unlikely]]
+        break;
+      spare_ = entry->next_;
+      __builtin_prefetch(spare_);
+      entry->next_ = nullptr;
+      if (entry->isAsNew()) [[likely]] {
+        entry->index_ = index;
+        entry->value_ = value;
+        return entry;
+      }
+      entry->dropReference();  // somebody holds it still, or has marked it
+    }
+    return make<Entry>(index, value).release();
+  }
+
+  // Entries that have left their queues and wait to be used again, in all queues of this type. One
+  // that came here with all others of its queue may be held by somebody still; that is seen when it
+  // would be used. So a queue is cleared without a look at its entries.
+  static inline constinit Node* spare_{nullptr};
 
   LinkQueueMetadata metadata_;
   std::uint32_t version_{0};
