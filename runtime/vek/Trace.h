@@ -138,12 +138,17 @@ struct TracePoint {
       facility.pass();
       return;
     }
-    emit(pieces...);
+    emit<Handed<Pieces>...>(pieces...);
   }
 
  private:
+  /// How a piece goes on to `emit`: by value where it can, so that it need not be put into memory,
+  /// where it would have an address, before it is known whether anybody listens.
+  template <typename Piece>
+  using Handed = std::conditional_t<std::is_scalar_v<Piece>, Piece, Piece const&>;
+
   template <typename... Pieces>
-  [[gnu::cold, gnu::noinline]] void emit(Pieces const&... pieces) const {
+  [[gnu::cold, gnu::noinline]] void emit(Pieces... pieces) const {
     bool const levelFlag = facility.hit(level);
     if (!levelFlag && coverageStream_ == nullptr) return;
     // Out of memory, or a sink that throws: the message is lost, the traced work goes on.
