@@ -88,7 +88,7 @@ void defineAll(Vek::TypeDefinition<T>& definition, std::index_sequence<I...> /*a
 }
 
 template <typename T>
-Vek::VekType const& newStateType() {
+[[gnu::noinline]] Vek::VekType const& newStateType() {
   auto& reactor = Vek::IntrospectionReactor::global();
   auto const type = Vek::make<Vek::VekType>(T::vekTypeName, &Vek::entityType());
   type->referencesLeak();

@@ -82,7 +82,7 @@ PtrInterface& GenericIf::writable() const {
 }
 
 Value GenericIf::converted(Value const& value, ValueType const& wanted) const {
-  if (!value.empty() && value.type()->name == wanted.name) {
+  if (!value.empty() && (value.type() == &wanted || value.type()->name == wanted.name)) {
     if (!wanted.object) return value;
     return Value{wanted, value.storage()};
   }
@@ -91,7 +91,7 @@ Value GenericIf::converted(Value const& value, ValueType const& wanted) const {
   throwTypeException(String{type().bareName()}.charPtr());
 }
 
-GenericIf::List GenericIf::converted(VekAttr const& attr, List const& arguments) const {
+GenericIf::List GenericIf::converted(VekAttr const& attr, Arguments arguments) const {
   if (arguments.size() > attr.parameters.size())
     throwUnknownArgException(arguments[attr.parameters.size()].text());
   if (arguments.size() < attr.parameters.size())
@@ -111,13 +111,13 @@ Value GenericIf::indexOf(VekAttr const& attr, Value const& index) const {
   return converted(index, *attr.keyType);
 }
 
-void GenericIf::attributeOp(Op const& op, List const& arguments, Value& result) {
+void GenericIf::attributeOp(Op const& op, Arguments arguments, Value& result) {
   VekAttr const& target = attr(op.attribute);
   bool const takesArguments =
       op.code == OpCode::set || op.code == OpCode::call || op.code == OpCode::instantiate;
   // Refused before anything is looked at: no change whatever goes through a read-only view.
   if (takesArguments || op.code == OpCode::del) refuseIfReadOnly();
-  if (!takesArguments && !arguments.empty()) throwUnknownArgException(arguments.front().text());
+  if (!takesArguments && !arguments.empty()) throwUnknownArgException(arguments[0].text());
   if (op.index.empty()) {
     wholeOp(target, op, arguments, result);
   } else {
@@ -125,7 +125,7 @@ void GenericIf::attributeOp(Op const& op, List const& arguments, Value& result) 
   }
 }
 
-void GenericIf::memberOp(VekAttr const& attr, Op const& op, List const& arguments, Value& result) {
+void GenericIf::memberOp(VekAttr const& attr, Op const& op, Arguments arguments, Value& result) {
   Value const index = indexOf(attr, op.index);
   if (op.code == OpCode::get && attr.member != nullptr) {
     result = attr.member(*object_, index);
@@ -141,7 +141,7 @@ void GenericIf::memberOp(VekAttr const& attr, Op const& op, List const& argument
   }
 }
 
-void GenericIf::wholeOp(VekAttr const& attr, Op const& op, List const& arguments, Value& result) {
+void GenericIf::wholeOp(VekAttr const& attr, Op const& op, Arguments arguments, Value& result) {
   if (op.code == OpCode::get && attr.read != nullptr) {
     result = attr.read(*object_);
   } else if (op.code == OpCode::size && attr.size != nullptr) {

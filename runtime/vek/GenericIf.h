@@ -1,7 +1,11 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
+#include <initializer_list>
+#include <iterator>
 #include <memory>
+#include <span>
 #include <string_view>
 #include <vector>
 
@@ -30,6 +34,23 @@ class GenericIf {
   /// Arguments in the order of the record's parameters. A text (`Vek::String`) stands for a value of
   /// another type and is converted, all of it.
   using List = std::vector<Value>;
+
+  /// Such arguments as they are handed to an operation: a view, which needs no memory of its own.
+  /// What it views must outlive it, as a list in braces does until the call is over.
+  class Arguments {
+   public:
+    Arguments() = default;
+    Arguments(List const& values) noexcept : values_{values} {}
+    Arguments(std::initializer_list<Value> values) noexcept
+        : values_{std::data(values), values.size()} {}
+
+    bool empty() const noexcept { return values_.empty(); }
+    std::size_t size() const noexcept { return values_.size(); }
+    Value const& operator[](std::size_t index) const noexcept { return values_[index]; }
+
+   private:
+    std::span<Value const> values_;
+  };
 
   enum class OpCode : std::uint8_t {
     get = 1,          ///< the value; with an index: the member's
@@ -63,7 +84,7 @@ class GenericIf {
   /// the `throwX` functions above throw; `Vek::TypeException` with the view's bare type name when an
   /// argument has another type; `Vek::RangeException` when a text does not convert; and what the
   /// operation itself throws.
-  void attributeOp(Op const& op, List const& arguments, Value& result);
+  void attributeOp(Op const& op, Arguments arguments, Value& result);
 
   /// A walk over a collection or a queue, from its first member on, or from `key`.
   std::unique_ptr<AttributeIterator> attributeIteratorConst(AttributeId id) const;
@@ -102,10 +123,10 @@ class GenericIf {
 
  private:
   Value converted(Value const& value, ValueType const& wanted) const;
-  List converted(VekAttr const& attr, List const& arguments) const;
+  List converted(VekAttr const& attr, Arguments arguments) const;
   Value indexOf(VekAttr const& attr, Value const& index) const;
-  void memberOp(VekAttr const& attr, Op const& op, List const& arguments, Value& result);
-  void wholeOp(VekAttr const& attr, Op const& op, List const& arguments, Value& result);
+  void memberOp(VekAttr const& attr, Op const& op, Arguments arguments, Value& result);
+  void wholeOp(VekAttr const& attr, Op const& op, Arguments arguments, Value& result);
 
   Ptr<PtrInterface const> object_;
   bool readOnly_;

@@ -183,7 +183,8 @@ struct ValueTraits<Ptr<T>> {
 template <typename T>
 T Value::as() const {
   // Compared by name: a pointer to const and one to non-const are one type to tools.
-  if (type_ != nullptr && type_->name == ValueTraits<T>::type.name)
+  if (type_ == &ValueTraits<T>::type ||
+      (type_ != nullptr && type_->name == ValueTraits<T>::type.name))
     return ValueTraits<T>::load(storage_);
   throwOtherType();
 }
