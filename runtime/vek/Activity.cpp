@@ -74,8 +74,12 @@ bool Deferral::vekOnAttribute(AttributeId id, unsigned& pendingCount) {
 AttributeId Deferral::takePending() noexcept {
   if (waiting_.empty()) return 0;
   AttributeId const id = waiting_.front();
-  waiting_.erase(waiting_.begin());
-  if (waiting_.empty()) leaveQueue();
+  if (waiting_.size() == 1) {
+    waiting_.clear();
+    leaveQueue();
+  } else {
+    waiting_.erase(waiting_.begin());
+  }
   return id;
 }
 

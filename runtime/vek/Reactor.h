@@ -137,8 +137,8 @@ class ActivityReactor : public Reactor<Self, Owner, Watched>, private DeferredDe
 
   /// A keyed notification: keeps the key, lets the runtime defer it, else runs the handler.
   template <typename Key, typename Value, typename Watcher>
-  void react(Keyed<Watched, Key, Value, Watcher> const& attribute, std::type_identity_t<Key> key,
-             void (Owner::*handler)(Key)) {
+  void react(Keyed<Watched, Key, Value, Watcher> const& attribute,
+             std::type_identity_t<Key> const& key, void (Owner::*handler)(Key)) {
     bool deferred = false;
     forEachKeyed([&](auto const& candidate, auto& pending) {
       if constexpr (std::is_same_v<decltype(pending.key), Key>) {
@@ -148,11 +148,10 @@ class ActivityReactor : public Reactor<Self, Owner, Watched>, private DeferredDe
           deferred = true;
           return;
         }
-        Key waiting = std::exchange(pending.key, key);
-        deferred = vekOnAttribute(attribute.id, pending.count);
         // Run at once although another key waits (the activity no longer defers): that one still
         // waits.
-        if (!deferred && pending.count != 0) pending.key = std::move(waiting);
+        deferred = vekOnAttribute(attribute.id, pending.count);
+        if (deferred) pending.key = key;
       }
     });
     if (!deferred) Reactor<Self, Owner, Watched>::react(key, handler);
@@ -199,8 +198,7 @@ class ActivityReactor : public Reactor<Self, Owner, Watched>, private DeferredDe
       unsigned const count = std::exchange(pending.count, 0U);
       if (count == 1) {
         Deferral::Delivering const delivering{deferral_, id};
-        auto const key = pending.key;
-        (this->*attribute.memberChanged)(key);
+        (this->*attribute.memberChanged)(std::move(pending.key));
       } else {
         (this->*attribute.severalChanged)();
       }
