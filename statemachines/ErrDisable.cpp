@@ -59,7 +59,7 @@ void traceCounted(LinkFlapProfileSm const& sm, bool counted, std::uint32_t maxFl
 }
 
 void declareErrDisable(LinkFlapProfileSm& sm, std::uint32_t maxFlaps,
-                       Errdisable::CauseStatus::Room room) noexcept {
+                       Errdisable::CauseStatus::Room&& room) noexcept {
   LinkFlapProfileSm::Ptr const hold{&sm};  // whoever hears of the record may remove this machine
   // Deliberate: no blank stands between the count and "violations".
   Trace::declareErrDisable("Interface exceeded ", sm.curViolations(),

@@ -46,7 +46,7 @@ inline Errdisable::CauseStatus::Room recordRoom(LinkFlapProfileSm const& sm) {
 /// writes the record, for which `room` is needed: from here on nothing fails. The machine may be
 /// gone when it returns.
 void declareErrDisable(LinkFlapProfileSm& sm, std::uint32_t maxFlaps,
-                       Errdisable::CauseStatus::Room room) noexcept;
+                       Errdisable::CauseStatus::Room&& room) noexcept;
 
 /// `value` truncated toward zero. Left open: what no unsigned number can hold becomes the nearest
 /// one that can, and not-a-number becomes 0, so that no conversion is undefined.

@@ -56,8 +56,8 @@ void LinkFlapProfileSm::vekDoZombieReactors(bool on) {
 }
 
 Tarn::IntfId LinkFlapProfileSm::intfId() const {
-  auto const status = ethPhyIntfStatus();
-  return status ? status->intfId() : Tarn::IntfId{};
+  Interface::EthPhyIntfStatus const* const status = ethPhyIntfStatus_.get();
+  return status == nullptr ? Tarn::IntfId{} : status->intfId();
 }
 
 Vek::Ptr<ProfileConfig const> LinkFlapProfileSm::profileConfig() const {

@@ -76,7 +76,7 @@ void LinkFlapProfileSm::handleFlap() {
 /// already) comes first; without it, it is as if the link had not come up, and the next flap finds
 /// what this one found. `before`: what the counters were then.
 void LinkFlapProfileSm::errDisable(Counters const& before, std::uint32_t maxFlaps,
-                                   Errdisable::CauseStatus::Room room) {
+                                   Errdisable::CauseStatus::Room&& room) {
   if (!room) {
     try {
       room = recordRoom(*this);

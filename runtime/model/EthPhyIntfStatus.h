@@ -46,7 +46,7 @@ class EthPhyIntfStatus final : public Vek::State<EthPhyIntfStatus> {
   /// The interface's identifier, which is also the entity's name.
   Tarn::IntfId intfId() const {
     countRead();
-    return Tarn::IntfId{name().string()};
+    return Tarn::IntfId{ownName().string()};
   }
 
   // clang-format off

@@ -36,6 +36,8 @@ class Entity : public PtrInterface {
  protected:
   ~Entity() override;
 
+  /// What `name()` returns unless it is overridden.
+  Name const& ownName() const noexcept { return name_; }
   void countChange() noexcept { ++changes_; }
 
  private:

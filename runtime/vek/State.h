@@ -122,13 +122,11 @@ class State : public Notifier {
   template <auto const& attribute>
   void memberIs(Ptr<MemberOf<attribute>> room,
                 typename AttributeType<attribute>::ValueType value) noexcept {
-    auto const key = room->key_;
-    auto& members = own<attribute>();
-    if (members.find(key) != nullptr) return memberIs<attribute>(key, std::move(value));
-    room->value_ = std::move(value);
-    members.newMember(std::move(room));
+    auto& member = own<attribute>().memberOrNew(room);
+    if (&member != room.get() && sameValue(member.value_, value)) return;
+    std::swap(member.value_, value);  // the old value is released when all is done
     this->countChange();
-    tellMember<attribute>(key);
+    tellMember<attribute>(room->key_);
   }
 
   /// Trap: `key` is a copy, since callers pass the key of the very member that goes.
