@@ -79,12 +79,18 @@ inline std::uint64_t intervalOf(double flapTime, double firstFlapTime, double in
 [[gnu::cold, gnu::noinline]] void traceCounted(LinkFlapProfileSm const& sm, bool counted,
                                                std::uint32_t maxFlaps);
 
+/// How many trace points `countFlap` passes.
+inline constexpr std::uint32_t kPointsOfCounting{3};
+
 /// Counts one flap; the result says whether it err-disables the interface, which is then for the
-/// caller to declare, and only then `before` is set. Calls nobody but the trace sink.
+/// caller to declare, and only then `before` is set. Calls nobody but the trace sink; with
+/// `silently` not even that, and leaves it to the caller to pass the trace points.
+template <bool silently = false>
 [[gnu::always_inline]] inline bool countFlap(LinkFlapProfileSm& sm, double flapTime,
                                              double firstFlapTime, ProfileValues const& values,
                                              Counters& before) {
-  Trace::evaluateErrDisable(static_cast<void const*>(&sm), "::evaluateErrDisable");
+  if constexpr (!silently)
+    Trace::evaluateErrDisable(static_cast<void const*>(&sm), "::evaluateErrDisable");
   std::uint64_t const intervalIndex = intervalOf(flapTime, firstFlapTime, values.interval);
 
   // Deliberate: compared as 64-bit numbers, so an index of 2^32 or more always begins an interval.
@@ -97,10 +103,12 @@ inline std::uint64_t intervalOf(double flapTime, double firstFlapTime, double in
     sm.curIntervalsIs(static_cast<std::uint32_t>(intervalIndex));
     sm.curFlapsIs(1);
   }
-  if (traceHandle().active()) [[unlikely]]
-    traceCounted(sm, counted, values.maxFlaps);
-  else
-    traceHandle().pass(2);
+  if constexpr (!silently) {
+    if (traceHandle().active()) [[unlikely]]
+      traceCounted(sm, counted, values.maxFlaps);
+    else
+      traceHandle().pass(kPointsOfCounting - 1);
+  }
 
   // Deliberate: equality, in 32 bits. Only the flap that first exceeds the limit within an interval
   // is a violation; those that follow it there add nothing.

@@ -162,6 +162,7 @@ class LinkFlapProfileSm final : public Machine, public Vek::HashLink {
                   Errdisable::CauseStatus::Room&& room);
   void countAndAge(double now, double firstFlapTime, double trackingWindow,
                    ProfileValues const& values);
+  bool replay(ProfileValues const& values, Counters& before);
 
   std::uint32_t curIntervals_{0};  // first: it fills the gap behind the collection's link
   Vek::String profileName_;

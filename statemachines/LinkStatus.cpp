@@ -118,14 +118,31 @@ void LinkFlapProfileSm::countAndAge(double now, double firstFlapTime, double tra
 
   // Deliberate: the newest flap is evaluated a second time; the first time it was held against a
   // stale history.
-  auto flap = linkFlapTimeStamp_.iterator();
-  double const newHead = flap->time();
-  for (; flap; ++flap) {
-    if (!countFlap(*this, flap->time(), newHead, values, before)) continue;
-    if (!room) room = recordRoom(*this);
-    declareErrDisable(*this, values.maxFlaps, std::move(room));
-    return;
+  if (!replay(values, before)) return;
+  if (!room) room = recordRoom(*this);
+  declareErrDisable(*this, values.maxFlaps, std::move(room));
+}
+
+/// Counts the whole history, from its first flap on; stops at one that err-disables, and tells.
+bool LinkFlapProfileSm::replay(ProfileValues const& values, Counters& before) {
+  double const head = linkFlapTimeStamp_.headValue();
+  if (traceHandle().active()) {
+    // A sink may do anything, so the walk holds where it stands.
+    for (auto flap = linkFlapTimeStamp_.iterator(); flap; ++flap)
+      if (countFlap(*this, flap->time(), head, values, before)) return true;
+    return false;
   }
+  // Nobody is called meanwhile: the entries stay where they are, and the trace points are passed
+  // all at once.
+  std::uint32_t points = 0;
+  bool errDisables = false;
+  for (auto const* flap = linkFlapTimeStamp_.head(); flap != nullptr && !errDisables;
+       flap = LinkFlapTimeStampQueue::next(*flap)) {
+    errDisables = countFlap<true>(*this, flap->time(), head, values, before);
+    points += kPointsOfCounting;
+  }
+  traceHandle().pass(points);
+  return errDisables;
 }
 
 }  // namespace LinkFlap

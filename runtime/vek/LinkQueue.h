@@ -76,6 +76,11 @@ class LinkQueue {
   std::uint32_t count() const noexcept { return count_; }
   Entry* head() const noexcept { return static_cast<Entry*>(head_); }
   Entry* tail() const noexcept { return static_cast<Entry*>(tail_); }
+  /// The entry behind `entry`, which is in a queue; null behind the tail. For a walk during which
+  /// nothing else can happen; any other takes an iterator.
+  static Entry* next(Entry const& entry) noexcept {
+    return static_cast<Entry*>(static_cast<Node const&>(entry).next_);
+  }
   /// The head's value, found without going to the head; a default value when the queue is empty.
   Value const& headValue() const noexcept { return headValue_; }
 

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include "statemachines/LinkFlapSm.h"
+#include "statemachines/SourcePoints.h"
 
 #include "tests/support/Switch.h"
 
@@ -192,6 +193,25 @@ TEST_F(HandleLinkStatus, TheReplayMayErrDisable) {
   EXPECT_EQ(sw_.errdisabledAt(ethernet1), 10.5);
   EXPECT_EQ(evaluations(), 4U);
   EXPECT_THAT(times(sm()), IsEmpty());
+}
+
+// The same, once listened to and once not: it decides alike and passes as many trace points, which
+// count 2 each while a level is enabled and 1 while none is.
+TEST_F(HandleLinkStatus, TheReplayIsTheSameWhenNobodyListens) {
+  start(2, 10);
+  auto const hits = [this](double from) {
+    sw_.flap(ethernet1, {from, from + 8, from + 10});
+    auto const before = LinkFlap::traceHandle().hits();
+    sw_.flap(ethernet1, {from + 10.5});
+    EXPECT_EQ(sw_.errdisabledAt(ethernet1), from + 10.5);
+    EXPECT_THAT(times(sm()), IsEmpty());
+    return LinkFlap::traceHandle().hits() - before;
+  };
+  auto const listenedTo = hits(0);
+  for (int level = 0; level < 10; ++level)
+    LinkFlap::traceHandle().levelIs(level, false);
+  sw_.causeStatus->intfStatusDel(ethernet1);
+  EXPECT_EQ(2 * hits(1000), listenedTo);
 }
 
 TEST_F(HandleLinkStatus, TheReplayStopsAtTheFlapThatErrDisables) {
