@@ -52,7 +52,7 @@ class CauseStatus final : public Vek::State<CauseStatus> {
   void intfStatusIs(Tarn::IntfId id, double const& time) { memberIs<intfStatusAttr>(id, time); }
   /// What writing a record for `id` needs memory for. Nobody can see it; dropped, it is void.
   using Room = Vek::Ptr<Vek::CollectionMember<Tarn::IntfId, double>>;
-  static Room intfStatusRoom(Tarn::IntfId id) { return memberRoom<intfStatusAttr>(std::move(id)); }
+  static Room intfStatusRoom(Tarn::IntfId const& id) { return memberRoom<intfStatusAttr>(id); }
   /// As above, for the interface of `room`; throws nothing.
   void intfStatusRoomIs(Room room, double const& time) noexcept {
     memberIs<intfStatusAttr>(std::move(room), time);

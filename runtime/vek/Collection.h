@@ -17,7 +17,7 @@ class CollectionMember final : public HashLink {
   static_assert(alignof(Key) <= Pool::kAlignment && alignof(Value) <= Pool::kAlignment);
 
  public:
-  CollectionMember(Key key, Value value) : key_{std::move(key)}, value_{std::move(value)} {}
+  CollectionMember(Key const& key, Value value) : key_{key}, value_{std::move(value)} {}
   CollectionMember(CollectionMember const&) = delete;
   CollectionMember& operator=(CollectionMember const&) = delete;
 

@@ -113,9 +113,8 @@ class State : public Notifier {
 
   /// What writing the member of `key` needs memory for, obtained beforehand; nobody can see it.
   template <auto const& attribute>
-  static auto memberRoom(typename AttributeType<attribute>::KeyType key) {
-    return make<MemberOf<attribute>>(std::move(key),
-                                     typename AttributeType<attribute>::ValueType{});
+  static auto memberRoom(typename AttributeType<attribute>::KeyType const& key) {
+    return make<MemberOf<attribute>>(key, typename AttributeType<attribute>::ValueType{});
   }
 
   /// As above, with the key that `room` was obtained for; throws nothing.

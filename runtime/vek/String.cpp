@@ -23,15 +23,7 @@ std::uint32_t textHash(std::string_view text) noexcept {
   return hash;
 }
 
-String::Block* String::emptyBlock() noexcept {
-  struct Empty {
-    Block block;
-    char terminator;
-  };
-  // The one reference that stands here is never dropped.
-  static constinit Empty empty{{1, 2166136261U, 0}, '\0'};
-  return &empty.block;
-}
+constinit String::Empty String::empty_{{1, 2166136261U, 0}, '\0'};
 
 String::Block* String::newBlock(std::size_t size) {
   if (size > std::numeric_limits<std::uint32_t>::max()) throwRangeException("string too long");

@@ -78,7 +78,14 @@ class String {
   static std::string_view viewOf(char const* text) noexcept {
     return text == nullptr ? std::string_view{} : std::string_view{text};
   }
-  static Block* emptyBlock() noexcept;
+  /// What all empty strings share. The one reference that stands here is never dropped.
+  struct Empty {
+    Block block;
+    char terminator;
+  };
+  static Empty empty_;
+  static Block* emptyBlock() noexcept { return &empty_.block; }
+
   static Block* newBlock(std::size_t size);
   static String concatenated(std::string_view a, std::string_view b);
 
