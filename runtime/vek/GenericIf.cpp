@@ -51,6 +51,19 @@ Value valueOfText(std::string_view text, ValueType const& type) {
   return value;
 }
 
+namespace {
+
+/// Types are compared by name: a pointer to const and one to non-const are one type to tools.
+bool isOfType(Value const& value, ValueType const& wanted) {
+  return value.type() == &wanted || (!value.empty() && value.type()->name == wanted.name);
+}
+
+void clear(Value& result) {
+  if (!result.empty()) result = Value{};
+}
+
+}  // namespace
+
 VekType const& GenericIf::type() const {
   return *object_->fwkType();
 }
@@ -82,7 +95,7 @@ PtrInterface& GenericIf::writable() const {
 }
 
 Value GenericIf::converted(Value const& value, ValueType const& wanted) const {
-  if (!value.empty() && (value.type() == &wanted || value.type()->name == wanted.name)) {
+  if (isOfType(value, wanted)) {
     if (!wanted.object) return value;
     return Value{wanted, value.storage()};
   }
@@ -133,7 +146,7 @@ void GenericIf::memberOp(VekAttr const& attr, Op const& op, Arguments arguments,
     if (arguments.empty()) throwRangeException("a value is missing");
     if (arguments.size() > 1) throwUnknownArgException(arguments[1].text());
     attr.memberWrite(writable(), index, converted(arguments[0], *attr.writeType));
-    result = Value{};
+    clear(result);
   } else if (op.code == OpCode::del && attr.memberDel != nullptr) {
     result = attr.memberDel(writable(), index);
   } else {
@@ -149,12 +162,16 @@ void GenericIf::wholeOp(VekAttr const& attr, Op const& op, Arguments arguments, 
   } else if (op.code == OpCode::set && attr.write != nullptr) {
     if (arguments.empty()) throwRangeException("a value is missing");
     if (arguments.size() > 1) throwUnknownArgException(arguments[1].text());
-    attr.write(writable(), converted(arguments[0], *attr.writeType));
-    result = Value{};
+    // What has the type already is handed on as it is.
+    if (!attr.writeType->object && isOfType(arguments[0], *attr.writeType))
+      attr.write(writable(), arguments[0]);
+    else
+      attr.write(writable(), converted(arguments[0], *attr.writeType));
+    clear(result);
   } else if (op.code == OpCode::call && attr.call != nullptr) {
     List const values = converted(attr, arguments);
     attr.call(writable(), values);
-    result = Value{};
+    clear(result);
   } else if (op.code == OpCode::instantiate && attr.instantiate != nullptr) {
     List const values = converted(attr, arguments);
     result = attr.instantiate(writable(), values);
