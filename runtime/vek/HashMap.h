@@ -167,9 +167,11 @@ class HashMap<Entry, Key, Value>::Iterator {
   Iterator(HashMap const& map, Entry* from) : map_{&map} { standOn(from); }
 
   void standOn(Entry* member) {
-    member_ = Ptr<Entry>{member};
+    // Order: the member comes last. To leave the former one may end it, which may change the table;
+    // what is noted here is then seen to be of before.
     version_ = map_->table_.version();
     if (member != nullptr) bucket_ = map_->table_.bucketOf(*member);
+    member_ = Ptr<Entry>{member};
   }
 
   HashMap const* map_;

@@ -304,6 +304,33 @@ TEST_F(HashMap, WalkKnowsWhetherItsMemberIsStillOne) {
   EXPECT_FALSE(walk.isMember());
 }
 
+// What a walk leaves behind may go with that step, and its end may change the collection.
+TEST_F(HashMap, WalkMissesNobodyWhenTheEndOfTheMemberItLeavesRemovesTheNext) {
+  class Takes : public Vek::PtrInterface, public Vek::HashLink {
+   public:
+    using Map = Vek::HashMap<Takes, ChosenKey>;
+    Takes(ChosenKey key, Map& map, ChosenKey with) : key_{key}, map_{map}, with_{with} {}
+    ChosenKey const& fwkKey() const { return key_; }
+
+   private:
+    ~Takes() override { (void)map_.deleteMember(with_); }
+    ChosenKey key_;
+    Map& map_;
+    ChosenKey with_;
+  };
+  Takes::Map takes;
+  for (std::uint32_t hash : {0U, 4U, 2U})
+    takes.newMember(Vek::make<Takes>(key(hash), takes, key(hash == 0 ? 4 : 9)));
+  Takes::Map::Iterator walk = takes.iterator();
+  (void)takes.deleteMember(key(0));
+  ++walk;  // the walk's was the last reference
+  ASSERT_TRUE(walk);
+  EXPECT_EQ(walk->fwkKey().chosenHash, 4U) << "held by the walk, though no member any more";
+  ++walk;
+  ASSERT_TRUE(walk);
+  EXPECT_EQ(walk->fwkKey().chosenHash, 2U);
+}
+
 TEST_F(HashMap, ClearReleasesAfterTheMapIsEmpty) {
   class Looks : public Vek::PtrInterface, public Vek::HashLink {
    public:
