@@ -359,11 +359,14 @@ class LinkQueue<Entry, Index, Value>::Iterator {
   }
 
   void standOn(Node* entry) noexcept {
-    entry_ = Ptr<Entry>{static_cast<Entry*>(entry)};
+    // Order: the entry comes last. To leave the former one may end it, which may change the queue;
+    // what is noted here is then seen to be of before.
     version_ = queue_->version_;
-    if (entry == nullptr) return;
-    origin_ = queue_->head_->index_;
-    span_ = wrappingDifference(queue_->tail_->index_, origin_);
+    if (entry != nullptr) {
+      origin_ = queue_->head_->index_;
+      span_ = wrappingDifference(queue_->tail_->index_, origin_);
+    }
+    entry_ = Ptr<Entry>{static_cast<Entry*>(entry)};
   }
 
   LinkQueue const* queue_;

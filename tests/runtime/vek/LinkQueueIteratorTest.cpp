@@ -1,4 +1,5 @@
 #include <gtest/gtest.h>
+#include <utility>
 
 #include "runtime/vek/LinkQueue.h"
 
@@ -284,6 +285,54 @@ TEST(LinkQueueIteratorFarApart, GoesOnToATailMoreThanHalfARoundAway) {
   ++walk;
   ASSERT_TRUE(walk) << "the tail was there all along";
   EXPECT_EQ(walk->value(), 40);
+}
+
+/// An entry whose end takes the head out of its queue.
+class TakingEntry final : public Vek::LinkQueueEntry<double> {
+ public:
+  using Queue = Vek::LinkQueue<TakingEntry, std::uint32_t, double>;
+
+  TakingEntry(std::uint32_t index, double time) : LinkQueueEntry{index, time} {}
+
+  static inline Queue* taken{nullptr};
+
+ private:
+  friend Queue;
+  ~TakingEntry() override {
+    if (Queue* const queue = std::exchange(taken, nullptr)) (void)queue->deq();
+  }
+};
+
+// What a walk leaves behind may go with that step, and its end may change the queue.
+TEST(LinkQueueIteratorReentry, MissesNobodyWhenTheEndOfTheEntryItLeavesRemovesTheNext) {
+  TakingEntry::Queue queue;
+  for (double const time : {10, 20, 30})
+    queue.enq(time);
+  TakingEntry::Queue::Iterator walk = queue.iterator();
+  (void)queue.deq();
+  TakingEntry::taken = &queue;
+  ++walk;  // the walk's was the last reference
+  ASSERT_EQ(queue.count(), 1U);
+  ASSERT_TRUE(walk);
+  EXPECT_EQ(walk->value(), 20) << "held by the walk, though it has left the queue";
+  ++walk;
+  ASSERT_TRUE(walk);
+  EXPECT_EQ(walk->value(), 30);
+}
+
+TEST(LinkQueueIteratorReentry, StandsWhenTheEndOfTheEntryItLeavesEmptiesTheQueue) {
+  TakingEntry::Queue queue;
+  for (double const time : {10, 20})
+    queue.enq(time);
+  TakingEntry::Queue::Iterator walk = queue.iterator();
+  (void)queue.deq();
+  TakingEntry::taken = &queue;
+  ++walk;
+  ASSERT_EQ(queue.count(), 0U);
+  ASSERT_TRUE(walk);
+  EXPECT_EQ(walk->value(), 20);
+  ++walk;
+  EXPECT_FALSE(walk);
 }
 
 }  // namespace
