@@ -137,17 +137,6 @@ class Notifier : public Entity {
   /// A group that is being told of a change, and those that come after it.
   struct Round {
     explicit Round(ListRaw<NotifieeConst>& watchers) noexcept : walk{watchers} {}
-    void precedes(Round& later) noexcept {
-      // Rounds end in the opposite order, which g++ cannot see.
-#if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wdangling-pointer"
-#endif
-      next = &later;
-#if defined(__GNUC__) && !defined(__clang__)
-#pragma GCC diagnostic pop
-#endif
-    }
 
     SnapshotWalk<NotifieeConst> walk;
     Round* next{nullptr};
@@ -170,7 +159,7 @@ class Notifier : public Entity {
   [[gnu::always_inline]] static void tellRound(SnapshotWalk<NotifieeConst>& walk,
                                                Raise const& raise);
   template <auto const& attribute, typename Watcher, typename Raise>
-  [[gnu::noinline]] static void tellRounds(Group& group, Round* first, Round* last,
+  [[gnu::noinline]] static void tellRounds(Group& group, Round*& first, Round*& place,
                                            Raise const& raise);
 
   mutable AttributeMask firstWatching_{0};  // what all watch; 0 before there was any
@@ -195,8 +184,9 @@ template <auto const& attribute, typename Watcher, typename Raise>
 void Notifier::tell(Raise raise) {
   constexpr AttributeMask attributes = attributeBit(attribute.id);
   if (grouped_) [[unlikely]] {
+    Round* first = nullptr;
     if (Group* const group = nextConcerned(watchers_.groups, attributes))
-      tellRounds<attribute, Watcher>(*group, nullptr, nullptr, raise);
+      tellRounds<attribute, Watcher>(*group, first, first, raise);
     return;
   }
   if ((firstWatching_ & attributes) == 0 || watchers_.all.empty()) return;
@@ -209,21 +199,20 @@ void Notifier::tell(Raise raise) {
 // So nobody who comes while others are told hears of this change, and once somebody was told nothing
 // of this object is needed but the walks.
 
+/// `group`: the next one to be told. `first`: the first that is. `place`: where the round of `group`
+/// is linked in, behind those before it; empty again at the end, when the round is no more.
 template <auto const& attribute, typename Watcher, typename Raise>
-void Notifier::tellRounds(Group& group, Round* first, Round* last, Raise const& raise) {
+void Notifier::tellRounds(Group& group, Round*& first, Round*& place, Raise const& raise) {
   Round round{group.watchers};
   typename SnapshotWalk<NotifieeConst>::End const end{round.walk};
-  if (last == nullptr)
-    first = &round;
-  else
-    last->precedes(round);
+  place = &round;
   if (Group* const more = nextConcerned(group.next, attributeBit(attribute.id))) {
-    tellRounds<attribute, Watcher>(*more, first, &round, raise);
+    tellRounds<attribute, Watcher>(*more, first, round.next, raise);
   } else {
     for (Round* told = first; told != nullptr; told = told->next)
       tellRound<attribute, Watcher>(told->walk, raise);
   }
-  if (last != nullptr) last->next = nullptr;
+  place = nullptr;
 }
 
 /// Reports that an object is not of the watched type, whose name is the message.

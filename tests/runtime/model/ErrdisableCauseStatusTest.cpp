@@ -104,6 +104,14 @@ TEST_F(ErrdisableCauseStatus, RoomForARecordIsNotSeenUntilItIsUsed) {
   EXPECT_EQ(heard, (Heard{"intfStatus!", member("intfStatus", ethernet1)}));
 }
 
+// Of a new record, no value is one that it had already.
+TEST_F(ErrdisableCauseStatus, RoomForARecordIsUsedAtTheTimeZeroToo) {
+  cause->intfStatusRoomIs(CauseStatus::intfStatusRoom(ethernet1), 0);
+  EXPECT_TRUE(cause->intfStatus().has(ethernet1));
+  EXPECT_EQ(cause->changes(), 1U);
+  EXPECT_EQ(heard, (Heard{"intfStatus!", member("intfStatus", ethernet1)}));
+}
+
 TEST_F(ErrdisableCauseStatus, RoomForARecordThatThereIsWritesIt) {
   cause->intfStatusIs(ethernet1, 1);
   heard.clear();

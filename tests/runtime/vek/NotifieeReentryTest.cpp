@@ -148,6 +148,18 @@ TEST_F(NotifieeReentry, WatcherOfANewKindRegisteredMeanwhileHearsTheNextChange) 
   EXPECT_EQ(told(), "abcde");
 }
 
+// The kind of all who are here becomes one of two while they are told, and then their last one goes.
+TEST_F(NotifieeReentry, WatcherOfANewKindAndOneOfTheOldDoNotHearThoughTheLastOneLeaves) {
+  when("a", [this] {
+    if (watchers.count("e") != 0) return;
+    watchers["e"] = watch(config, "e", log, kMaxFlaps);
+    drop("d");
+    watchers["f"] = watch(config, "f", log);
+  });
+  EXPECT_EQ(told(), "abc");
+  EXPECT_EQ(told(), "abcfe");
+}
+
 TEST_F(NotifieeReentry, WatcherRegisteredWithALaterKindHearsTheNextChange) {
   watchers["x"] = watch(config, "x", log, kMaxFlaps);
   when("a", [this] {
