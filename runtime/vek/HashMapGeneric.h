@@ -153,6 +153,8 @@ class HashMapGeneric {
  private:
   static constexpr unsigned kMaxHint{64};
   static constexpr unsigned kMaxBits{30};
+  // From so many bits (512 buckets) on, a walk asks for members so many buckets before it comes to
+  // them.
   static constexpr unsigned kSpreadBits{9};
   static constexpr std::size_t kFetchAhead{16};
 

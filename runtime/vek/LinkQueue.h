@@ -55,8 +55,10 @@ class LinkQueueEntry : public PtrInterface {
 /// queue destroy it (a friend). Ownership: the queue holds one reference on each entry.
 ///
 /// An entry whose destruction nobody needs to see says so by a member `kRecycled`. While memory is
-/// pooled, such entries are kept for the next appends to any queue of their type, and clearing a
-/// queue takes constant time; whoever holds one of them keeps it as it is.
+/// pooled, counting is plain and objects are not tracked (`PtrInterface::recycles`), such entries are
+/// kept for the next appends to any queue of their type, and clearing a queue takes constant time;
+/// whoever holds one of them keeps it as it is. What is kept is never given back; an append passes
+/// over those that are held, each once.
 template <typename Entry, typename Index, typename Value>
 class LinkQueue {
   static_assert(std::is_same_v<Index, std::uint32_t>);
