@@ -17,8 +17,10 @@ many, drawn by a hash of SEED (default 1) and the mutant's text; so what is draw
 not depend on changes in another. With --all every mutant, with --only those whose file or text
 contains TEXT.
 
-survivors.txt has those that may survive, each with the reason. Fails when less than 95 % are killed,
-when a survivor is not explained there, and when one that is explained was killed or is no more.
+survivors.txt has those that may survive, each with the reason. Those marked there as equivalent make
+no difference that a test could notice: of all others that were run, at least 95 % must be killed. Fails
+when fewer are, when a survivor is not explained there, and when one that is explained was killed or is
+no more. Both figures are printed last, the one of all that were run and the one that counts.
 
 --without-tests runs no test at all, so that nothing can be killed: it shows that this fails.
 """
@@ -330,7 +332,7 @@ def sampled(mutants, size, seed):
 
 
 def read_survivors():
-    """The keys of the mutants that may survive, with the reasons."""
+    """The keys of the mutants that may survive, each with whether it is equivalent."""
     listed = {}
     entry = {}
     name = None
@@ -343,13 +345,15 @@ def read_survivors():
                 if missing:
                     sys.exit(f"survivors.txt: an entry without {' and '.join(missing)}: {entry}")
                 key = (entry["file"], entry["text"], entry["becomes"], int(entry.get("nth", 1)))
-                listed[key] = entry["reason"]
+                if entry.get("kind", "equivalent") != "equivalent":
+                    sys.exit(f"survivors.txt: no such kind: {entry}")
+                listed[key] = "kind" in entry
             entry = {}
         elif line.startswith(" "):
             entry[name] += " " + line.strip()
         else:
             name, _, value = line.partition(":")
-            if name not in ("file", "text", "becomes", "nth", "reason"):
+            if name not in ("file", "text", "becomes", "nth", "kind", "reason"):
                 sys.exit(f"survivors.txt: no such field: {line}")
             entry[name] = value.strip()
     return listed
@@ -390,7 +394,7 @@ def main():
         if key not in keys:
             failed = True
             print(f"survivors.txt: no such mutant: {key}")
-    killed = explained = 0
+    killed = equivalent = explained = 0
     results = os.path.join(folder, "results.txt")
     with concurrent.futures.ThreadPoolExecutor(JOBS) as pool, open(results, "w", encoding="utf-8") as log:
         for mutant, killer in zip(chosen, pool.map(tests.killer, chosen)):
@@ -401,18 +405,23 @@ def main():
                 if mutant.key in listed:
                     failed = True
                     say(mutant, f"explained in survivors.txt, and yet KILLED by {killer}")
+            elif listed.get(mutant.key):
+                equivalent += 1
             elif mutant.key in listed:
                 explained += 1
             else:
                 failed = True
                 reached = mutant.number in tests.reaching
                 say(mutant, "SURVIVED" if reached else "SURVIVED: reached by no test")
-    rate = 100 * killed / max(1, len(chosen))
+    noticeable = len(chosen) - equivalent
+    rate = 100 * killed / max(1, noticeable)
     failed = failed or rate < REQUIRED
     print(
-        f"{len(chosen)} mutants, {killed} killed ({rate:.1f} %), {explained} survivors explained, "
-        f"{len(chosen) - killed - explained} not: {'FAILED' if failed else 'ok'} "
-        f"({time.monotonic() - begin:.0f} s)"
+        f"{len(chosen)} mutants, {killed} killed ({100 * killed / max(1, len(chosen)):.1f} %), "
+        f"{equivalent} equivalent, {explained} other survivors explained, "
+        f"{noticeable - killed - explained} not ({time.monotonic() - begin:.0f} s)\n"
+        f"{killed} of {noticeable} that are not equivalent killed ({rate:.1f} %): "
+        f"{'FAILED' if failed else 'ok'}"
     )
     sys.exit(1 if failed else 0)
 

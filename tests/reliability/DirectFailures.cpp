@@ -50,14 +50,29 @@ std::string firstReadings(unsigned& cases) {
 std::string registration(unsigned& cases) {
   auto const config = Vek::make<LinkFlap::Config>();
   auto const first = listener(config, Vek::kAllAttributes);
-  first->isRegisteredNotifieeIs(true);
-  auto const second = listener(config, Vek::attributeBit(LinkFlap::Config::maxFlapsAttr.id));
-  int const threw = eachFails([&] { second->isRegisteredNotifieeIs(true); },
-                              [&] { return !second->isRegisteredNotifiee(); });
-  if (threw != 1) return "registering a watcher of a new kind leaves something behind";
+  // Hardly any object has watchers of a second kind: those of the first are kept in the object.
+  if (eachFails([&] { first->isRegisteredNotifieeIs(true); }, [] { return true; }) != 0)
+    return "registering a watcher of the first kind needs memory";
+  cases += 1;
+  auto const maxFlaps = Vek::attributeBit(LinkFlap::Config::maxFlapsAttr.id);
+  auto const second = listener(config, maxFlaps);
+  unsigned told = 0;
+  // Two groups are made, of which the first takes over who is there.
+  int threw = eachFails([&] { second->isRegisteredNotifieeIs(true); },
+                        [&] {
+                          config->maxFlapsIs(++told);
+                          return !second->isRegisteredNotifiee() && first->told(maxFlaps) == told;
+                        });
+  if (threw != 2) return "registering a watcher of a new kind leaves something behind";
+  cases += 2;
+  auto const third = listener(config, Vek::attributeBit(LinkFlap::Config::intervalAttr.id));
+  threw = eachFails([&] { third->isRegisteredNotifieeIs(true); },
+                    [&] { return !third->isRegisteredNotifiee(); });
+  if (threw != 1) return "registering a watcher of a third kind leaves something behind";
   cases += 1;
   config->maxFlapsIs(9);
-  if (second->told(Vek::kAllAttributes) != 1) return "a watcher registered at last is not told";
+  if (second->told(Vek::kAllAttributes) != 1 || first->told(maxFlaps) != told + 1)
+    return "a watcher registered at last is not told";
   return "";
 }
 

@@ -135,6 +135,20 @@ TEST(LinkFlapIntfSm, WithoutStatusHasTheIdentifierMadeFromTheEmptyName) {
   EXPECT_TRUE(sm->intfId().isNull());
 }
 
+// An object that comes later meets no reactor, and a reactor that is only then made runs no handler.
+TEST(LinkFlapIntfSmConstruction, WithoutConfigAndSettingsLeavesTheirReactorsOut) {
+  Switch sw;
+  sw.addInterface(ethernet1);
+  auto const sm = LinkFlap::LinkFlapIntfSm::LinkFlapIntfSmIs(sw.status(ethernet1), nullptr, nullptr,
+                                                             nullptr, sw.causeStatus);
+  EXPECT_FALSE(sm->config());
+  sw.takeTraces();
+  sm->configIs(sw.config);
+  sm->intfConfigIs(Vek::make<LinkFlap::IntfConfig>());
+  EXPECT_EQ(sm->config(), sw.config);
+  EXPECT_THAT(sw.takeTraces(), IsEmpty());
+}
+
 TEST(LinkFlapIntfSm, TheEnableSetterOnlyStores) {
   Switch sw;
   sw.addInterface(ethernet1);

@@ -94,6 +94,21 @@ TEST(LinkFlapProfileSmConstruction, IsNotNotifiedBeforeItsFactorySwitchesThatOn)
   EXPECT_THAT(times(*sm), ElementsAre(1));
 }
 
+// An object that comes later meets no reactor, and a reactor that is only then made runs no handler.
+TEST(LinkFlapProfileSmConstruction, WithoutProfileAndStatusLeavesTheirReactorsOut) {
+  Switch sw;
+  sw.addInterface(ethernet1);
+  sw.linkIs(ethernet1, 1);
+  auto const sm = LinkFlap::LinkFlapProfileSm::LinkFlapProfileSmIs(
+      "p1", nullptr, sw.config, sw.phyConfig(ethernet1), nullptr, sw.causeStatus, nullptr);
+  sm->linkFlapTimeStampEnq(1);
+  sw.takeTraces();
+  sm->ethPhyIntfStatusIs(sw.status(ethernet1));
+  sm->profileConfigIs(Vek::make<LinkFlap::ProfileConfig>(Vek::Name{"p1"}));
+  EXPECT_THAT(sw.takeTraces(), IsEmpty());
+  EXPECT_THAT(times(*sm), ElementsAre(1));
+}
+
 TEST(LinkFlapProfileSm, TracesItsAddressAsAPointer) {
   Switch sw;
   sw.addInterface(ethernet1);

@@ -230,6 +230,23 @@ TEST_F(HandleLinkStatus, TheReplayStopsAtTheFlapThatErrDisables) {
   EXPECT_EQ(counters(p1), (Counters{0, 0, 0}));
 }
 
+// A trace sink is called in the midst of the evaluation. One that counts on, so that a history of two
+// flaps exceeds a limit of nine, brings about an err-disable for which nothing was made ready.
+TEST_F(HandleLinkStatus, TheReplayErrDisablesAlsoWhenATraceSinkHasCountedOn) {
+  start(9, 10);
+  sw_.flap(ethernet1, {0, 8});
+  int limits = 0;
+  Vek::traceSinkIs([&](Vek::TraceRecord const& record) {
+    // The first is the newest flap's, held against the stale history; then comes that of 8.
+    if (record.message.starts_with("curFlaps: ") && ++limits == 2) sm().curFlapsIs(10);
+  });
+  sw_.flap(ethernet1, {11});
+  EXPECT_EQ(limits, 2);
+  EXPECT_EQ(sw_.errdisabledAt(ethernet1), 11.0);
+  EXPECT_THAT(times(sm()), IsEmpty());
+  EXPECT_EQ(counters(sm()), (Counters{0, 0, 0}));
+}
+
 TEST_F(HandleLinkStatus, WithoutAProfileConfigOneViolationErrDisables) {
   start(1, 10);
   sw_.flap(ethernet1, {0, 1});
