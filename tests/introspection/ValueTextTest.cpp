@@ -278,6 +278,16 @@ TEST(Values, AreGivenAsTheirOwnTypeOnly) {
   EXPECT_EQ(thrownBy([] { (void)Vek::Value{}.as<bool>(); }), "Vek::TypeException 3: no value");
 }
 
+// A pointer to const and one to non-const are one type to tools.
+TEST(Values, OfAnObjectAreGivenWithAndWithoutTheRightToChangeIt) {
+  auto const profile = Vek::make<LinkFlap::ProfileConfig>();
+  Vek::Ptr<LinkFlap::ProfileConfig const> const readable{profile};
+  EXPECT_EQ(Vek::Value{profile}.as<Vek::Ptr<LinkFlap::ProfileConfig const>>(), readable);
+  EXPECT_EQ(Vek::Value{readable}.as<Vek::Ptr<LinkFlap::ProfileConfig>>(), profile);
+  EXPECT_EQ(thrownBy([&] { (void)Vek::Value{readable}.as<Vek::Ptr<LinkFlap::Config>>(); }),
+            "Vek::TypeException 3: LinkFlap::ProfileConfig");
+}
+
 TEST(Values, AnEmptyOneHasNoTypeAndNoText) {
   Vek::Value const none;
   EXPECT_TRUE(none.empty());

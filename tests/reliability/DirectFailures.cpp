@@ -1,8 +1,12 @@
 #include "tests/reliability/DirectFailures.h"
 
 #include <new>
+#include <utility>
 
 #include "runtime/vek/Clock.h"
+#include "runtime/vek/Trace.h"
+
+#include "statemachines/SourcePoints.h"
 
 #include "introspection/GenericIfs.h"
 
@@ -197,11 +201,85 @@ std::string evaluation(unsigned& cases) {
              : "a flap evaluated at last does not err-disable";
 }
 
+/// An interface with its link up and a profile machine that err-disables it at the first flap.
+struct FirstFlap {
+  FirstFlap() {
+    config->maxFlapsIs(0);
+    config->intervalIs(10);
+    status->rawLinkStatusIs(Interface::RawLinkStatus::up);
+    sm = LinkFlap::LinkFlapProfileSm::LinkFlapProfileSmIs("p1", nullptr, config, phyConfig, status,
+                                                          causeStatus, nullptr);
+    sm->linkFlapTimeStampMetadataIs({7, 7});
+  }
+  bool counted() const {
+    return sm->linkFlapTimeStamp().count() != 0 || sm->curFlaps() != 0 || sm->curIntervals() != 0 ||
+           sm->curViolations() != 0 || errDisabled();
+  }
+  bool errDisabled() const { return causeStatus->intfStatus().has(ethernet1); }
+
+  Vek::Ptr<LinkFlap::Config> config{Vek::make<LinkFlap::Config>()};
+  Vek::Ptr<Interface::EthPhyIntfConfig> phyConfig{
+      Vek::make<Interface::EthPhyIntfConfig>(ethernet1)};
+  Vek::Ptr<Interface::EthPhyIntfStatus> status{Vek::make<Interface::EthPhyIntfStatus>(ethernet1)};
+  Vek::Ptr<Errdisable::CauseStatus> causeStatus{Vek::make<Errdisable::CauseStatus>()};
+  LinkFlap::LinkFlapProfileSm::Ptr sm;
+};
+
+std::string firstFlap(unsigned& cases) {
+  FirstFlap flap;
+  int const threw = eachFails([&] { flap.sm->handleLinkStatus(); },
+                              [&] {
+                                return !flap.counted() && flap.sm->linkFlapTimeStampMetadata() ==
+                                                              Vek::LinkQueueMetadata{7, 7};
+                              });
+  // Its entry in the queue, and what the record needs.
+  if (threw < 2) return "a first flap that finds no memory is counted by halves";
+  cases += static_cast<unsigned>(threw);
+  return flap.errDisabled() ? "" : "a first flap counted at last does not err-disable";
+}
+
+// A trace sink is called in the midst of a flap. One that forgets the flap leaves nothing to be taken
+// back when there is no memory for the record.
+std::string flapForgottenMeanwhile(unsigned& cases) {
+  FirstFlap flap;
+  unsigned forgotten = 0;
+  auto previous = Vek::traceSinkIs([&](Vek::TraceRecord const& record) {
+    if (!record.message.starts_with("curFlaps: ")) return;
+    flap.sm->linkFlapTimeStampDelAll();
+    ++forgotten;
+  });
+  LinkFlap::traceHandle().levelIs(8, true);
+  std::string wrong;
+  unsigned threw = 0;
+  for (std::uint64_t k = 1; wrong.empty(); ++k) {
+    unsigned const before = forgotten;
+    bool failed = false;
+    AllocationFaults::failFrom(k, false);
+    try {
+      flap.sm->handleLinkStatus();
+    } catch (std::bad_alloc const&) {
+      failed = true;
+    }
+    AllocationFaults::stop();
+    if (AllocationFaults::failuresOfThisPlan() == 0) break;
+    if (failed && forgotten > before) ++threw;
+    if (failed ? flap.counted() : !flap.errDisabled())
+      wrong = "a flap that is forgotten meanwhile is done by halves";
+    flap.causeStatus->intfStatusDel(ethernet1);
+  }
+  LinkFlap::traceHandle().levelIs(8, false);
+  Vek::traceSinkIs(std::move(previous));
+  if (wrong.empty() && threw == 0)
+    wrong = "no flap was forgotten before its record found no memory";
+  cases += threw;
+  return wrong;
+}
+
 }  // namespace
 
 std::string directFailures(unsigned& cases) {
   for (auto const test : {firstReadings, registration, repointing, anotherActivity, delivery,
-                          tracking, byName, evaluation})
+                          tracking, byName, evaluation, firstFlap, flapForgottenMeanwhile})
     if (std::string wrong = test(cases); !wrong.empty()) return wrong;
   return {};
 }
