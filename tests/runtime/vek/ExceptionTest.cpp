@@ -3,6 +3,7 @@
 #include <string>
 #include <string_view>
 #include <thread>
+#include <typeinfo>
 
 #include "runtime/vek/Exception.h"
 
@@ -114,6 +115,16 @@ TEST(Format, HasNoLimitOfLength) {
 TEST(TypeText, IsTheClassAsItsSourceNamesIt) {
   EXPECT_EQ(Vek::typeText(typeid(Elsewhere::Type)), "Elsewhere::Type");
   EXPECT_EQ(Vek::typeText(typeid(unsigned)), "unsigned int");
+}
+
+/// A type of a name from which no class can be read.
+class UnreadableType : public std::type_info {
+ public:
+  UnreadableType() : type_info{"?"} {}
+};
+
+TEST(TypeText, IsTheBareNameWhereNoClassCanBeReadFromIt) {
+  EXPECT_EQ(Vek::typeText(UnreadableType{}), "?");
 }
 
 TEST(Expect, NothingIsExpectedOutsideOfAScope) {
