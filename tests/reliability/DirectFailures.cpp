@@ -69,6 +69,23 @@ std::string registration(unsigned& cases) {
                         });
   if (threw != 2) return "registering a watcher of a new kind leaves something behind";
   cases += 2;
+  // One that failed at the second group has left none behind: the next attempt needs both again.
+  auto const plain = Vek::make<LinkFlap::Config>();
+  auto const there = listener(plain, Vek::kAllAttributes);
+  there->isRegisteredNotifieeIs(true);
+  auto const comes = listener(plain, maxFlaps);
+  AllocationFaults::failFrom(2, true);
+  bool failed = false;
+  try {
+    comes->isRegisteredNotifieeIs(true);
+  } catch (std::bad_alloc const&) {
+    failed = true;
+  }
+  AllocationFaults::failFrom(0, false);
+  comes->isRegisteredNotifieeIs(true);
+  if (AllocationFaults::stop() != 2 || !failed)
+    return "registering a watcher of a new kind leaves a group behind";
+  cases += 1;
   auto const third = listener(config, Vek::attributeBit(LinkFlap::Config::intervalAttr.id));
   threw = eachFails([&] { third->isRegisteredNotifieeIs(true); },
                     [&] { return !third->isRegisteredNotifiee(); });

@@ -271,4 +271,28 @@ TEST(LinkFlapSmReactors, OneDetachedFromItsMachineDoesNotCallIt) {
   EXPECT_THAT(sw.takeTraces(), IsEmpty());
 }
 
+TEST(LinkFlapSmReactors, OthersDetachedFromTheirMachineDoNotCallIt) {
+  Switch sw;
+  sw.start();
+  auto const configDir = sw.machine().newEthPhyIntfConfigDir(sw.configDir);
+  auto const statusDir = sw.machine().newEthPhyIntfStatusDir(sw.statusDir);
+  auto const config = sw.machine().newConfig(sw.config);
+  sw.takeTraces();
+  configDir->onIntfConfig(ethernet1);
+  statusDir->onIntfStatus(ethernet1);
+  config->onProfileConfig("p1");
+  EXPECT_EQ(sw.traced("handleIntf"), 2U);
+  EXPECT_EQ(sw.traced("handleProfileConfig"), 1U);
+  sw.takeTraces();
+  configDir->linkFlapSmIs(nullptr);
+  statusDir->linkFlapSmIs(nullptr);
+  config->linkFlapSmIs(nullptr);
+  configDir->onIntfConfig(ethernet1);
+  statusDir->onIntfStatus(ethernet1);
+  config->onIntfConfig(ethernet1);
+  config->onProfileConfig("p1");
+  config->onDefaultProfileList("p1");
+  EXPECT_THAT(sw.takeTraces(), IsEmpty());
+}
+
 }  // namespace

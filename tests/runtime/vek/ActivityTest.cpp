@@ -241,6 +241,26 @@ TEST_F(DeferringActivity, ExceptionOfAHandlerLeavesLaterChangesDeferred) {
   EXPECT_EQ(deliver(), 1U);
 }
 
+// The rest follows the reactor to its new activity, whether its handler ends well or not.
+TEST_F(DeferringActivity, WhatElseWaitsFollowsAReactorThatIsMovedByAHandlerThatThrows) {
+  RuntimeTest::FailureLog const failures;
+  auto const other = make<Vek::ActivityConfig>("other");
+  other->deferredIs(true);
+  machine->then = [&] {
+    machine->then = nullptr;
+    reactor->vekFwkActivityIs(other);
+    throw std::runtime_error{"no"};
+  };
+  changeProfile("strict");
+  changeDefault("strict");
+  EXPECT_EQ(deliver(), 1U);
+  EXPECT_EQ(calls, (Calls{"profile strict"}));
+  EXPECT_FALSE(activitySm->pending());
+  EXPECT_EQ(Vek::vekActivitySmFor(other)->deliver(), 1U);
+  EXPECT_EQ(calls, (Calls{"profile strict", "default strict"}));
+  EXPECT_EQ(failures.lines().size(), 1U);
+}
+
 TEST_F(DeferringActivity, DeferralSwitchedOffLetsLaterNotificationsRunAtOnce) {
   activity->deferredIs(false);
   changeProfile("strict");

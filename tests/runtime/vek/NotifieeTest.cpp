@@ -182,6 +182,17 @@ TEST_F(Notifiee, IsOfferedOnlyTheAttributesItWatches) {
   EXPECT_EQ(log, Log{});
 }
 
+// As long as all watch the same, they stand in no group.
+TEST_F(Notifiee, OfTheOnlyKindIsOfferedOnlyTheAttributesItWatches) {
+  auto const a = watch(config, "a", log, kInterval | kDefaultProfileList);
+  auto const b = watch(config, "b", log, kInterval | kDefaultProfileList);
+  config->maxFlapsIs(1);
+  config->newProfileConfig("strict");
+  EXPECT_EQ(log, Log{});
+  config->intervalIs(1);
+  EXPECT_EQ(log, (Log{"a interval", "b interval"}));
+}
+
 TEST_F(Notifiee, HearsTheImmediateHookAndThenTheKey) {
   auto const watcher = watch(config, "a", log, kDefaultProfileList);
   config->defaultProfileListIs("strict", true);
