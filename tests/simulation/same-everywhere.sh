@@ -38,6 +38,8 @@ for compiler in g++ clang++; do
     for bits in 64 32; do
       flags="$optimisation -m$bits"
       [ "$bits" = 64 ] || flags="$flags -msse2 -mfpmath=sse"
+      # Optimised builds have the pool, and use recorded flaps again; the others do not.
+      [ "$optimisation" = -O0 ] || flags="$flags -DLINKFLAP_POOL"
       name=$compiler$optimisation-$bits
       # shellcheck disable=SC2086
       program "$name" "$compiler" $flags
