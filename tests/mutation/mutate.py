@@ -1,5 +1,5 @@
 #!/usr/bin/env python3
-"""usage: mutate.py [--sample N] [--seed S] [--all] [--only TEXT] [--without-tests] [BUILD]
+"""usage: mutate.py [--sample N] [--seed S] [--all] [--only TEXT] [--again] [--without-tests] [BUILD]
 
 Changes the library in one small way at a time (a mutant: a condition negated, a comparison or a
 constant replaced, a statement removed or two put in another order, ...) and runs the tests: a mutant
@@ -21,6 +21,9 @@ survivors.txt has those that may survive, each with the reason. Those marked the
 no difference that a test could notice: of all others that were run, at least 95 % must be killed. Fails
 when fewer are, when a survivor is not explained there, and when one that is explained was killed or is
 no more. Both figures are printed last, the one of all that were run and the one that counts.
+
+--again takes over from the last run, also one that was ended, what was killed then, and runs the rest:
+quick, and right as long as tests have only been added since.
 
 --without-tests runs no test at all, so that nothing can be killed: it shows that this fails.
 """
@@ -359,6 +362,25 @@ def read_survivors():
     return listed
 
 
+def result_of(mutant, killer):
+    return f"{killer}: {mutant.file}:{mutant.line}: {mutant.before} => {mutant.after}"
+
+
+def killers_before(path, chosen):
+    """By the number of each mutant that the last run of these killed: how."""
+    if not os.path.exists(path):
+        return {}
+    with open(path, encoding="utf-8") as lines:
+        results = [line.rstrip("\n") for line in lines]
+    # Both are in the order of the sample, so those that read alike are not mistaken for each other.
+    found = {}
+    for mutant, result in zip(chosen, results):
+        killer = result.split(": ", 1)[0]
+        if killer != "None" and result == result_of(mutant, killer):
+            found[mutant.number] = killer
+    return found
+
+
 def say(mutant, verdict):
     nth = f"\n    nth: {mutant.nth}" if mutant.nth > 1 else ""
     print(f"{mutant.file}:{mutant.line}: {verdict}\n    text: {mutant.before}\n"
@@ -371,6 +393,7 @@ def main():
     parser.add_argument("--seed", type=int, default=1)
     parser.add_argument("--all", action="store_true")
     parser.add_argument("--only", default="")
+    parser.add_argument("--again", action="store_true")
     parser.add_argument("--without-tests", action="store_true")
     parser.add_argument("build", nargs="?", default=os.path.join(ROOT, "build/mutation"))
     options = parser.parse_args()
@@ -396,10 +419,14 @@ def main():
             print(f"survivors.txt: no such mutant: {key}")
     killed = equivalent = explained = 0
     results = os.path.join(folder, "results.txt")
+    before = killers_before(results, chosen) if options.again else {}
+
+    def killer_of(mutant):
+        return before.get(mutant.number) or tests.killer(mutant)
+
     with concurrent.futures.ThreadPoolExecutor(JOBS) as pool, open(results, "w", encoding="utf-8") as log:
-        for mutant, killer in zip(chosen, pool.map(tests.killer, chosen)):
-            print(f"{killer}: {mutant.file}:{mutant.line}: {mutant.before} => {mutant.after}", file=log,
-                  flush=True)  # fmt: skip
+        for mutant, killer in zip(chosen, pool.map(killer_of, chosen)):
+            print(result_of(mutant, killer), file=log, flush=True)
             if killer is not None:
                 killed += 1
                 if mutant.key in listed:
@@ -413,6 +440,8 @@ def main():
                 failed = True
                 reached = mutant.number in tests.reaching
                 say(mutant, "SURVIVED" if reached else "SURVIVED: reached by no test")
+    if before:
+        print(f"{len(before)} were killed by the last run and have not been run again")
     noticeable = len(chosen) - equivalent
     rate = 100 * killed / max(1, noticeable)
     failed = failed or rate < REQUIRED

@@ -166,6 +166,33 @@ std::string delivery(unsigned& cases) {
   return world.intfSm(ethernet1) ? "" : "the handler, run again, does not admit";
 }
 
+std::string waiting(unsigned& cases) {
+  FaultWorld world;
+  world.activity->deferredIs(true);
+  AllocationFaults::failFrom(1, true);
+  world.statusDir->intfStatusDel(ethernet1);
+  AllocationFaults::stop();
+  ++cases;
+  if (world.takeReports() != 0) return "a change cannot wait without memory";
+  if (!world.intfSm(ethernet1)) return "a change does not wait";
+  auto const delivered = Vek::vekActivitySmFor(world.activity)->deliver();
+  return delivered == 1 && !world.intfSm(ethernet1) ? "" : "a change that has waited is lost";
+}
+
+std::string activityOfOneReactor(unsigned& cases) {
+  FaultWorld world;
+  auto const reactor = world.machine().newConfig(world.config);
+  auto const fresh = Vek::make<Vek::ActivityConfig>();
+  int const threw = eachFails([&] { reactor->vekFwkActivityIs(fresh); },
+                              [&] {
+                                return reactor->vekFwkActivity() == world.activity &&
+                                       reactor->actsm() == Vek::vekActivitySmFor(world.activity);
+                              });
+  if (threw != 1) return "a reactor that could not change its activity is on both";
+  cases += 1;
+  return reactor->vekFwkActivity() == fresh ? "" : "a reactor does not change its activity";
+}
+
 std::string tracking(unsigned& cases) {
   Vek::ptrifTrackOn_ = true;
   auto const live = Vek::PtrTrack::live();
@@ -295,8 +322,9 @@ std::string flapForgottenMeanwhile(unsigned& cases) {
 }  // namespace
 
 std::string directFailures(unsigned& cases) {
-  for (auto const test : {firstReadings, registration, repointing, anotherActivity, delivery,
-                          tracking, byName, evaluation, firstFlap, flapForgottenMeanwhile})
+  for (auto const test :
+       {firstReadings, registration, repointing, anotherActivity, delivery, waiting,
+        activityOfOneReactor, tracking, byName, evaluation, firstFlap, flapForgottenMeanwhile})
     if (std::string wrong = test(cases); !wrong.empty()) return wrong;
   return {};
 }
