@@ -64,6 +64,22 @@ TEST_F(LinkFlapProfileSmView, WritesTheCounters) {
   EXPECT_FALSE(profile().initialized());
 }
 
+// What an earlier operation has left there is not taken for the result of this one.
+TEST_F(LinkFlapProfileSmView, OperationsWithoutAResultLeaveNone) {
+  using Op = Vek::GenericIf::Op;
+  auto const queue = view.attributeId("linkFlapTimeStamp");
+  Vek::Value result{7U};
+  view.attributeOp(Op{view.attributeId("curFlaps"), OpCode::set, {}}, {text("4")}, result);
+  EXPECT_TRUE(result.empty());
+  result = Vek::Value{7U};
+  view.attributeOp(Op{queue, OpCode::set, Vek::Value{1U}}, {Vek::Value{2.75}}, result);
+  EXPECT_TRUE(result.empty());
+  result = Vek::Value{7U};
+  view.attributeOp(Op{view.attributeId("handleLinkStatus"), OpCode::call, {}}, {}, result);
+  EXPECT_TRUE(result.empty());
+  EXPECT_EQ(profile().curFlaps(), 5U) << "4 was written, the call has counted one more";
+}
+
 TEST_F(LinkFlapProfileSmView, WritesTimesByIndex) {
   setAt(view, "linkFlapTimeStamp", Vek::Value{1U}, Vek::Value{2.75});
   EXPECT_EQ(times(profile()), (std::vector<double>{1, 2.75}));

@@ -230,6 +230,25 @@ TEST_F(HandleLinkStatus, TheReplayStopsAtTheFlapThatErrDisables) {
   EXPECT_EQ(counters(p1), (Counters{0, 0, 0}));
 }
 
+// The same when nobody listens. Passed are, one each: both changes of the link, three times three of
+// the evaluations, the decision, and seven lines of the six times behind it.
+TEST_F(HandleLinkStatus, TheReplayStopsAtTheFlapThatErrDisablesAlsoWhenNobodyListens) {
+  sw_.profileIs("p1", {.maxFlaps = 1, .interval = 10});
+  sw_.config->defaultProfileListIs("p1", true);
+  start(3, 10);
+  auto& p1 = *sw_.profileSm(ethernet1, "p1");
+  for (double const time : {0.0, 8.0, 8.5, 9.0, 9.5, 10.0})
+    p1.linkFlapTimeStampEnq(time);
+  for (int level = 0; level < 10; ++level)
+    LinkFlap::traceHandle().levelIs(level, false);
+  auto const before = LinkFlap::traceHandle().hits();
+  sw_.flap(ethernet1, {11});
+  EXPECT_EQ(LinkFlap::traceHandle().hits() - before, 2U + 3U * 3U + 1U + 7U);
+  EXPECT_EQ(sw_.errdisabledAt(ethernet1), 11.0);
+  EXPECT_THAT(times(p1), IsEmpty());
+  EXPECT_EQ(counters(p1), (Counters{0, 0, 0}));
+}
+
 // A trace sink is called in the midst of the evaluation. One that counts on, so that a history of two
 // flaps exceeds a limit of nine, brings about an err-disable for which nothing was made ready.
 TEST_F(HandleLinkStatus, TheReplayErrDisablesAlsoWhenATraceSinkHasCountedOn) {

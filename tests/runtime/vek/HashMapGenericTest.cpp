@@ -1,7 +1,11 @@
+#include <cstddef>
+#include <cstdint>
 #include <cstdlib>
 #include <deque>
 #include <gtest/gtest.h>
 #include <new>
+#include <sys/mman.h>
+#include <unistd.h>
 #include <vector>
 
 #include "runtime/vek/HashMapGeneric.h"
@@ -10,16 +14,53 @@ namespace {
 
 bool refuseMemory = false;
 
+std::size_t pageSize() {
+  return static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+}
+
+/// While it is on, what a table asks for and is as large as one page stands on a page of its own
+/// between two that cannot be read. A test that needs it has one such table.
+bool fencePages = false;
+void* fencedPage = nullptr;
+
+void* newFencedPage() {
+  void* const pages = mmap(nullptr, 3 * pageSize(), PROT_NONE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+  if (pages == MAP_FAILED) return nullptr;
+  fencedPage = static_cast<std::byte*>(pages) + pageSize();
+  mprotect(fencedPage, pageSize(), PROT_READ | PROT_WRITE);
+  return fencedPage;
+}
+
+void release(void* memory) noexcept {
+  if (memory != nullptr && memory == fencedPage) {
+    munmap(static_cast<std::byte*>(memory) - pageSize(), 3 * pageSize());
+    fencedPage = nullptr;
+  } else {
+    ::operator delete(memory);
+  }
+}
+
 }  // namespace
 
-// What a table asks for when it grows. The sanitizers know the two that it leads to.
+// What a table asks for when it grows, and gives back. The sanitizers know the two that these lead
+// to.
+void* operator new[](std::size_t size) {
+  return ::operator new(size);
+}
 void* operator new[](std::size_t size, std::nothrow_t const&) noexcept {
   if (refuseMemory) return nullptr;
+  if (fencePages && size == pageSize()) return newFencedPage();
   try {
-    return ::operator new[](size);
+    return ::operator new(size);
   } catch (...) {
     return nullptr;
   }
+}
+void operator delete[](void* memory) noexcept {
+  release(memory);
+}
+void operator delete[](void* memory, std::size_t /*size*/) noexcept {
+  release(memory);
 }
 
 namespace {
@@ -247,6 +288,36 @@ TEST(HashMapGeneric, GrowthThatFindsNoMemoryIsPutOff) {
   EXPECT_EQ(grown.back(), &members.back());
   grown.pop_back();
   EXPECT_EQ(grown, order);
+}
+
+TEST(HashMapGeneric, RemovedMemberLeadsNowhere) {
+  std::deque<Member> members;
+  HashMapGeneric map{4};
+  for (std::uint32_t hash = 0; hash < 3; ++hash)
+    insert(map, members.emplace_back(hash));
+  // In the one chain they stand by bit-reversed hash: 0, 2, 1.
+  EXPECT_EQ(HashMapGeneric::next(members[2]), &members[1]);
+  EXPECT_TRUE(map.deleteMember(members[2]));
+  EXPECT_EQ(HashMapGeneric::next(members[2]), nullptr);
+  EXPECT_EQ(HashMapGeneric::next(members[0]), &members[1]);
+}
+
+// A walk asks for members before it comes to them, and so does growth. Neither looks beyond the table.
+TEST(HashMapGeneric, WalksAndGrowthReadTheTableAlone) {
+  std::size_t const buckets = pageSize() / sizeof(void*);
+  std::deque<Member> members;
+  HashMapGeneric map{4};
+  fencePages = true;
+  for (std::uint32_t i = 0; i < buckets; ++i)
+    insert(map, members.emplace_back(Vek::bitReverse(i * 2654435761U)));
+  fencePages = false;
+  ASSERT_EQ(map.buckets(), buckets);
+  ASSERT_NE(fencedPage, nullptr);
+  EXPECT_EQ(walked(map).size(), buckets);
+  insert(map, members.emplace_back(7));
+  EXPECT_EQ(map.buckets(), 2 * buckets);
+  EXPECT_EQ(fencedPage, nullptr) << "given back";
+  EXPECT_EQ(walked(map).size(), buckets + 1);
 }
 
 }  // namespace

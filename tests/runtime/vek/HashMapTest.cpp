@@ -66,6 +66,49 @@ TEST_F(HashMap, TellsKeysOfOneHashApart) {
   EXPECT_EQ(map.members(), 2U);
 }
 
+/// A key that counts how often it is compared.
+struct CountingKey {
+  std::uint32_t chosenHash{0};
+
+  std::uint32_t hash() const noexcept { return chosenHash; }
+  friend bool operator==(CountingKey const& a, CountingKey const& b) noexcept {
+    ++compared;
+    return a.chosenHash == b.chosenHash;
+  }
+  friend bool operator<(CountingKey const& a, CountingKey const& b) noexcept {
+    return a.chosenHash < b.chosenHash;
+  }
+
+  static inline int compared{0};
+};
+
+class CountingEntry final : public Vek::PtrInterface, public Vek::HashLink {
+ public:
+  explicit CountingEntry(std::uint32_t hash) : key_{hash} {}
+  CountingKey const& fwkKey() const noexcept { return key_; }
+
+ private:
+  ~CountingEntry() override = default;
+  CountingKey key_;
+};
+
+// Keys may be long texts: in a chain of many hashes only those of the hash that is sought are
+// compared.
+TEST(HashMapLookUp, ComparesNoKeyOfAnotherHash) {
+  Vek::HashMap<CountingEntry, CountingKey> map{4};
+  for (std::uint32_t const hash : {0U, 1U, 2U, 3U})  // one chain: 0, 2, 1, 3
+    map.newMember(Vek::make<CountingEntry>(hash));
+  for (std::uint32_t const hash : {0U, 1U, 2U, 3U}) {
+    CountingKey::compared = 0;
+    EXPECT_NE(map.find(CountingKey{hash}), nullptr);
+    EXPECT_EQ(CountingKey::compared, 1) << hash;
+  }
+  CountingKey::compared = 0;
+  EXPECT_EQ(map.find(CountingKey{6}), nullptr);  // its place is between 2 and 1
+  EXPECT_EQ(map.find(CountingKey{7}), nullptr);  // and behind 3
+  EXPECT_EQ(CountingKey::compared, 0);
+}
+
 TEST_F(HashMap, HoldsOneReferenceOnEachMember) {
   auto const entry = add(map, 5);
   EXPECT_EQ(entry->referenceCount(), 2U);
