@@ -216,6 +216,22 @@ TEST_F(LinkQueue, RemovalOfTheHeadLeavesANextIndexThatIsAhead) {
   EXPECT_EQ(queue.metadata(), (LinkQueueMetadata{50, 50}));
 }
 
+// As the removal of one after the other does; that of the last one raises nothing.
+TEST_F(LinkQueue, ClearingRaisesANextIndexThatLags) {
+  for (std::uint32_t const lagging : {0U, 1U, 2U}) {
+    startAt(0);
+    enq({10, 20, 30});
+    queue.metadataIs({0, lagging});
+    queue.clear();
+    EXPECT_EQ(queue.metadata(), (LinkQueueMetadata{3, 3})) << lagging;
+  }
+  startAt(5);
+  enq({10});
+  queue.metadataIs({5, 4});
+  queue.clear();
+  EXPECT_EQ(queue.metadata(), (LinkQueueMetadata{4, 4}));
+}
+
 TEST_F(LinkQueue, RemovalInsideLeavesTheMetadataAlone) {
   enq({10, 20, 30});
   queue.metadataIs({77, 1});
