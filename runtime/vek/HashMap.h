@@ -65,7 +65,8 @@ class HashMap {
     table_.newMemberAt(place, *member.release(), order, &key, keyTable());
   }
 
-  /// The member of the key of `member`: the one that is here, or else `member`, which becomes one.
+  /// The member of the key of `member`: the one that is here, or else `member`, which becomes one;
+  /// the collection then takes a reference of its own.
   Entry& memberOrNew(Ptr<Entry> const& member) noexcept {
     Key const& key = member->fwkKey();
     std::uint32_t const order = bitReverse(key.hash());

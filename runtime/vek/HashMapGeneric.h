@@ -86,7 +86,8 @@ class HashMapGeneric {
     }
     return nullptr;
   }
-  /// The member that follows `member`, which stands in `bucket`; that becomes its.
+  /// The member that follows `member`, which stands in `bucket`, or null. `bucket` becomes that of the
+  /// one returned.
   HashLink* following(HashLink const& member, std::size_t& bucket) const noexcept {
     return member.next_ != nullptr ? member.next_ : advanceTo(++bucket);
   }

@@ -90,14 +90,15 @@ class PtrInterface::NotifieeConst : public PtrInterface::Watching,
 
 /// An entity that tells watchers of its changes.
 ///
-/// The watchers are kept in groups of those that watch the same attributes, so a change is offered
-/// to nobody whom it does not concern. There are as many groups as there are kinds of watchers,
-/// whatever the number of watchers; registering takes constant time.
+/// The watchers stand in one list as long as all of them watch the same attributes, else in groups
+/// of those that do, so a change is offered to nobody whom it does not concern. There are as many
+/// groups as kinds of watchers, whatever the number of watchers; registering takes constant time, and
+/// memory only for the first watcher of a second or later kind.
 class Notifier : public Entity {
  public:
   using Entity::Entity;
 
-  /// Called by the watcher itself.
+  /// Called by the watcher itself. Registering throws `std::bad_alloc`, and nothing has changed then.
   void notifieeIs(PtrInterface::NotifieeConst& watcher) const;
   void notifieeDel(PtrInterface::NotifieeConst& watcher) const noexcept;
   /// After it, registering watchers of these attributes cannot fail.
