@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <type_traits>
 
 #include "runtime/model/ErrdisableCauseStatus.h"
 #include "runtime/vek/Wrap.h"
@@ -22,12 +23,20 @@ struct ProfileValues {
   std::uint32_t trackedIntervals;
 };
 
-/// What the counters of a profile machine were, to go back to when a flap cannot be counted after
-/// all.
+/// The counters of a profile machine, apart from it: what they were, to go back to when a flap
+/// cannot be counted after all; or what they come to, while nobody looks.
 struct Counters {
   std::uint32_t flaps;
   std::uint32_t intervals;
   std::uint32_t violations;
+
+  // Named as the machine's.
+  std::uint32_t curFlaps() const noexcept { return flaps; }
+  void curFlapsIs(std::uint32_t value) noexcept { flaps = value; }
+  std::uint32_t curIntervals() const noexcept { return intervals; }
+  void curIntervalsIs(std::uint32_t value) noexcept { intervals = value; }
+  std::uint32_t curViolations() const noexcept { return violations; }
+  void curViolationsIs(std::uint32_t value) noexcept { violations = value; }
 
   void restore(LinkFlapProfileSm& sm) const noexcept {
     sm.curFlapsIs(flaps);
@@ -83,12 +92,12 @@ inline std::uint64_t intervalOf(double flapTime, double firstFlapTime, double in
 inline constexpr std::uint32_t kPointsOfCounting{3};
 
 /// Counts one flap; the result says whether it err-disables the interface, which is then for the
-/// caller to declare, and only then `before` is set. Calls nobody but the trace sink; with
-/// `silently` not even that, and leaves it to the caller to pass the trace points.
-template <bool silently = false>
-[[gnu::always_inline]] inline bool countFlap(LinkFlapProfileSm& sm, double flapTime,
-                                             double firstFlapTime, ProfileValues const& values,
-                                             Counters& before) {
+/// caller to declare, and only then `before` is set. `sm`: a machine, and then nobody is called but
+/// the trace sink; or `Counters`, and then it is for the caller to pass the trace points.
+template <typename Sm>
+[[gnu::always_inline]] inline bool countFlap(Sm& sm, double flapTime, double firstFlapTime,
+                                             ProfileValues const& values, Counters& before) {
+  constexpr bool silently = std::is_same_v<Sm, Counters>;
   if constexpr (!silently)
     Trace::evaluateErrDisable(static_cast<void const*>(&sm), "::evaluateErrDisable");
   std::uint64_t const intervalIndex = intervalOf(flapTime, firstFlapTime, values.interval);

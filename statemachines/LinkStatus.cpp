@@ -29,10 +29,10 @@ double wholeSeconds(double seconds) {
 }
 
 /// Whether a history of `flaps`, counted from the start, can err-disable: each violation takes one
-/// flap more than the limit.
+/// flap more than the limit. The product of the two is less than 2^64.
 bool canErrDisable(std::uint32_t flaps, ProfileValues const& values) {
   return values.violations != 0 &&
-         flaps / (std::uint64_t{values.maxFlaps} + 1) >= values.violations;
+         flaps >= std::uint64_t{values.violations} * (std::uint64_t{values.maxFlaps} + 1);
 }
 
 }  // namespace
@@ -113,8 +113,8 @@ void LinkFlapProfileSm::countAndAge(double now, double firstFlapTime, double tra
   curIntervalsIs(0);
   curViolationsIs(0);
   // The flap that was just added is 0 s old and stays.
-  while (now - linkFlapTimeStamp_.headValue() > trackingWindow)
-    (void)linkFlapTimeStamp_.deq();
+  linkFlapTimeStamp_.deqWhile(
+      [now, trackingWindow](double time) { return now - time > trackingWindow; });
 
   // Deliberate: the newest flap is evaluated a second time; the first time it was held against a
   // stale history.
@@ -132,15 +132,17 @@ bool LinkFlapProfileSm::replay(ProfileValues const& values, Counters& before) {
       if (countFlap(*this, flap->time(), head, values, before)) return true;
     return false;
   }
-  // Nobody is called meanwhile: the entries stay where they are, and the trace points are passed
-  // all at once.
+  // Nobody is called meanwhile: the entries stay where they are, the counters are kept apart, and
+  // the trace points are passed all at once.
+  Counters counters{curFlaps_, curIntervals_, curViolations_};
   std::uint32_t points = 0;
   bool errDisables = false;
   for (auto const* flap = linkFlapTimeStamp_.head(); flap != nullptr && !errDisables;
-       flap = LinkFlapTimeStampQueue::next(*flap)) {
-    errDisables = countFlap<true>(*this, flap->time(), head, values, before);
+       flap = linkFlapTimeStamp_.next(*flap)) {
+    errDisables = countFlap(counters, flap->time(), head, values, before);
     points += kPointsOfCounting;
   }
+  counters.restore(*this);
   traceHandle().pass(points);
   return errDisables;
 }

@@ -41,7 +41,7 @@ class LinkQueueEntry : public PtrInterface {
   friend class LinkQueue;
   std::uint32_t index_;
   Value value_;
-  LinkQueueEntry* next_{nullptr};  // toward the tail
+  LinkQueueEntry* next_{nullptr};  // toward the tail; the tail's: the head
 };
 
 /// A first-in-first-out queue whose entries are addressed by an index that only grows, modulo 2^32.
@@ -76,12 +76,14 @@ class LinkQueue {
   /// Grows by one with every append and every removal.
   std::uint32_t version() const noexcept { return version_; }
   std::uint32_t count() const noexcept { return count_; }
-  Entry* head() const noexcept { return static_cast<Entry*>(head_); }
+  Entry* head() const noexcept {
+    return tail_ == nullptr ? nullptr : static_cast<Entry*>(tail_->next_);
+  }
   Entry* tail() const noexcept { return static_cast<Entry*>(tail_); }
-  /// The entry behind `entry`, which is in a queue; null behind the tail. For a walk during which
+  /// The entry behind `entry`, which is in this queue; null behind the tail. For a walk during which
   /// nothing else can happen; any other takes an iterator.
-  static Entry* next(Entry const& entry) noexcept {
-    return static_cast<Entry*>(static_cast<Node const&>(entry).next_);
+  Entry* next(Entry const& entry) const noexcept {
+    return &entry == tail_ ? nullptr : static_cast<Entry*>(static_cast<Node const&>(entry).next_);
   }
   /// The head's value, found without going to the head; a default value when the queue is empty.
   Value const& headValue() const noexcept { return headValue_; }
@@ -99,16 +101,37 @@ class LinkQueue {
   /// Removes the head and returns its value; a default value when the queue is empty.
   Value deq() {
     Value const value = headValue_;
-    if (head_ != nullptr) release(unlink(nullptr, head_));
+    if (tail_ != nullptr) release(unlink(tail_, tail_->next_));
     return value;
+  }
+
+  /// Removes entries from the head on, as long as `goes` says so of the head's value; it sees
+  /// nothing but that value. As if one by one.
+  template <typename Goes>
+  void deqWhile(Goes goes) {
+    if (tail_ == nullptr || !goes(headValue_)) return;
+    Node* const first = tail_->next_;
+    Node* last = first;
+    std::uint32_t left = 1;
+    for (; last != tail_ && goes(last->next_->value_); ++left)
+      last = last->next_;
+    if (last == tail_) {
+      clear();
+      return;
+    }
+    tail_->next_ = last->next_;
+    headMoved();
+    version_ = wrappingSum(version_, left);
+    count_ -= left;
+    discard(first, last);
   }
 
   /// The entry of that index, or null.
   Entry* find(Index index) const noexcept {
-    if (head_ == nullptr) return nullptr;
-    if (head_->index_ == index) return head();
+    if (tail_ == nullptr) return nullptr;
+    if (head()->index_ == index) return head();
     if (tail_->index_ == index) return tail();
-    for (Node* entry = head_->next_; entry != nullptr; entry = entry->next_)
+    for (Node* entry = tail_->next_->next_; entry != tail_; entry = entry->next_)
       if (entry->index_ == index) return static_cast<Entry*>(entry);
     return nullptr;
   }
@@ -117,7 +140,7 @@ class LinkQueue {
   void valueIs(Index index, Value const& value) {
     if (Entry* const entry = find(index)) {
       static_cast<Node*>(entry)->value_ = value;
-      if (entry == head_) headValue_ = value;
+      if (entry == head()) headValue_ = value;
     } else {
       newMember(index, value);
     }
@@ -129,8 +152,8 @@ class LinkQueue {
   /// `Vek::NameInUseException` when there is an entry of that index.
   Ptr<Entry> newMember(Index index, Value const& value) {
     if (find(index) != nullptr) throwLinkQueueIndexInUse();
-    if (head_ == nullptr) return counted(linkAtTail(newEntry(index, value), index));
-    Index const headIndex = head_->index_;
+    if (tail_ == nullptr) return counted(linkAtTail(newEntry(index, value), index));
+    Index const headIndex = tail_->next_->index_;
     if (wrappingDifference(index, headIndex) < wrappingDifference(tail_->index_, headIndex))
       return counted(linkInside(index, value));
     if (index == metadata_.nextIndex ||
@@ -143,48 +166,36 @@ class LinkQueue {
 
   /// Removes the entry of that index and returns its value; a default value when there is none.
   Value del(Index index) {
-    Node* before = nullptr;
-    for (Node* entry = head_; entry != nullptr; before = std::exchange(entry, entry->next_))
-      if (entry->index_ == index) return taken(unlink(before, entry));
-    return Value{};
+    Node* const before = beforeFirst([index](Node const& entry) { return entry.index_ == index; });
+    return before == nullptr ? Value{} : taken(unlink(before, before->next_));
   }
 
   /// Removes the entry that the walk stands on; the walk then stands on the one that followed.
   void del(Iterator& position) {
     Node* const wanted = position.entry_.get();
     if (wanted == nullptr) return;
-    Node* before = nullptr;
-    Node* entry = head_;
-    while (entry != nullptr && entry != wanted)
-      before = std::exchange(entry, entry->next_);
-    if (entry == nullptr) {  // removed already, by someone else
+    Node* const before = beforeFirst([wanted](Node const& entry) { return &entry == wanted; });
+    if (before == nullptr) {  // removed already, by someone else
       ++position;
       return;
     }
-    Node* const following = entry->next_;
-    release(unlink(before, entry));
+    Node* const following = wanted == tail_ ? nullptr : wanted->next_;
+    release(unlink(before, wanted));
     position.standOn(following);
   }
 
   /// Removes every entry, from head to tail.
   void clear() noexcept {
-    if (head_ == nullptr) return;
+    if (tail_ == nullptr) return;
     // As if one by one. Only the removal of one that leaves others behind raises a next index that
     // lags behind the tail.
-    if (count_ > 1 && metadata_.nextIndex <= tail_->index_)
-      metadata_.nextIndex = wrappingSum(tail_->index_, 1);
+    if (count_ > 1) raiseNextIndex();
     metadata_.headIndex = metadata_.nextIndex;
     version_ = wrappingSum(version_, count_);
     count_ = 0;
-    Node* entry = std::exchange(head_, nullptr);
-    Node* const last = std::exchange(tail_, nullptr);
     headValue_ = Value{};
-    if (recycles()) [[likely]] {
-      last->next_ = std::exchange(spare_, entry);
-      return;
-    }
-    while (entry != nullptr)
-      release(std::exchange(entry, std::exchange(entry->next_, nullptr)));
+    Node* const last = std::exchange(tail_, nullptr);
+    discard(last->next_, last);
   }
 
   /// A walk from the head on, which goes on correctly when entries are removed or appended.
@@ -194,74 +205,106 @@ class LinkQueue {
   using Node = LinkQueueEntry<Value>;
 
   void requireRoomFor(Index index) const {
-    if (head_ != nullptr && wrappingSum(index, 1) == metadata_.headIndex) throwLinkQueueFull();
+    if (tail_ != nullptr && wrappingSum(index, 1) == metadata_.headIndex) throwLinkQueueFull();
+  }
+
+  /// The predecessor, in the ring, of the first entry of which `wanted` is true; null for none.
+  template <typename Wanted>
+  Node* beforeFirst(Wanted wanted) const noexcept {
+    if (tail_ == nullptr) return nullptr;
+    Node* before = tail_;
+    do {
+      if (wanted(*before->next_)) return before;
+      before = before->next_;
+    } while (before != tail_);
+    return nullptr;
   }
 
   // The three below take over the first reference of `entry`, as the queue's own.
 
   Node* linkAtTail(Node* entry, Index index) noexcept {
     entry->vek_indexIs(index);
-    if (head_ == nullptr) {
-      head_ = entry;
+    if (tail_ == nullptr) {
+      entry->next_ = entry;
       headValue_ = entry->value_;
       metadata_.headIndex = index;
+      counts();
     } else {
-      tail_->next_ = entry;
+      linkBehind(tail_, entry);
     }
     tail_ = entry;
     metadata_.nextIndex = wrappingSum(index, 1);
-    version_ = wrappingSum(version_, 1);
-    ++count_;
     return entry;
   }
 
   Node* linkAtHead(Node* entry, Index index) noexcept {
     entry->vek_indexIs(index);
-    entry->next_ = head_;
-    head_ = entry;
     headValue_ = entry->value_;
     metadata_.headIndex = index;
-    version_ = wrappingSum(version_, 1);
-    ++count_;
-    return entry;
+    return linkBehind(tail_, entry);
   }
 
   Node* linkInside(Index index, Value const& value) {
     Node* const entry = newEntry(index, value);
-    Node* before = head_;
-    while (wrappingDifference(before->next_->index_, head_->index_) <
-           wrappingDifference(index, head_->index_))
+    Index const headIndex = tail_->next_->index_;
+    Node* before = tail_->next_;
+    while (wrappingDifference(before->next_->index_, headIndex) <
+           wrappingDifference(index, headIndex))
       before = before->next_;
     entry->vek_indexIs(index);
-    entry->next_ = before->next_;
-    before->next_ = entry;
-    version_ = wrappingSum(version_, 1);
-    ++count_;
+    return linkBehind(before, entry);
+  }
+
+  Node* linkBehind(Node* before, Node* entry) noexcept {
+    entry->next_ = std::exchange(before->next_, entry);
+    counts();
     return entry;
   }
 
-  /// `before`: the predecessor; null for the head. The queue's reference passes to the caller.
+  void counts() noexcept {
+    version_ = wrappingSum(version_, 1);
+    ++count_;
+  }
+
+  /// `before`: the predecessor in the ring. The queue's reference passes to the caller.
   Node* unlink(Node* before, Node* entry) noexcept {
-    if (before == nullptr) {
-      head_ = entry->next_;
-      if (head_ == nullptr) {
-        tail_ = nullptr;
-        headValue_ = Value{};
-        metadata_.headIndex = metadata_.nextIndex;
-      } else {
-        headValue_ = head_->value_;
-        metadata_.headIndex = head_->index_;
-        if (metadata_.nextIndex <= tail_->index_)
-          metadata_.nextIndex = wrappingSum(tail_->index_, 1);
-      }
+    if (before == entry) {
+      tail_ = nullptr;
+      headValue_ = Value{};
+      metadata_.headIndex = metadata_.nextIndex;
     } else {
       before->next_ = entry->next_;
-      if (entry == tail_) tail_ = before;
+      if (before == tail_)
+        headMoved();
+      else if (entry == tail_)
+        tail_ = before;
     }
     entry->next_ = nullptr;
     version_ = wrappingSum(version_, 1);
     --count_;
     return entry;
+  }
+
+  /// The head has left, and another has become the head.
+  void headMoved() noexcept {
+    headValue_ = tail_->next_->value_;
+    metadata_.headIndex = tail_->next_->index_;
+    raiseNextIndex();
+  }
+
+  void raiseNextIndex() noexcept {
+    if (metadata_.nextIndex <= tail_->index_) metadata_.nextIndex = wrappingSum(tail_->index_, 1);
+  }
+
+  /// Drops the queue's references on `first` to `last`, which have left it together.
+  static void discard(Node* first, Node* last) noexcept {
+    if (recycles()) [[likely]] {
+      last->next_ = std::exchange(spare_, first);
+      return;
+    }
+    last->next_ = nullptr;
+    while (first != nullptr)
+      release(std::exchange(first, std::exchange(first->next_, nullptr)));
   }
 
   static Ptr<Entry> counted(Node* entry) noexcept { return Ptr<Entry>{static_cast<Entry*>(entry)}; }
@@ -297,12 +340,12 @@ class LinkQueue {
         break;
       spare_ = entry->next_;
       __builtin_prefetch(spare_);
-      entry->next_ = nullptr;
       if (entry->isAsNew()) [[likely]] {
         entry->index_ = index;
         entry->value_ = value;
         return entry;
       }
+      entry->next_ = nullptr;
       entry->dropReference();  // somebody holds it still, or has marked it
     }
     return make<Entry>(index, value).release();
@@ -316,16 +359,15 @@ class LinkQueue {
   LinkQueueMetadata metadata_;
   std::uint32_t version_{0};
   std::uint32_t count_{0};
-  Node* head_{nullptr};
-  Node* tail_{nullptr};
-  Value headValue_{};  // here, because every append is followed by a look at it
+  Node* tail_{nullptr};  // behind it, in the ring, stands the head
+  Value headValue_{};    // here, because every append is followed by a look at it
 };
 
 /// A walk over a queue. It holds the entry it stands on, which stays valid after its removal.
 template <typename Entry, typename Index, typename Value>
 class LinkQueue<Entry, Index, Value>::Iterator {
  public:
-  explicit Iterator(LinkQueue const& queue) : queue_{&queue} { standOn(queue.head_); }
+  explicit Iterator(LinkQueue const& queue) : queue_{&queue} { standOn(queue.head()); }
 
   explicit operator bool() const noexcept { return bool{entry_}; }
   Entry& operator*() const noexcept { return *entry_; }
@@ -335,7 +377,7 @@ class LinkQueue<Entry, Index, Value>::Iterator {
   Iterator& operator++() {
     if (!entry_) return *this;
     if (version_ == queue_->version_) [[likely]]
-      entry_ = Ptr<Entry>{static_cast<Entry*>(static_cast<Node*>(entry_.get())->next_)};
+      entry_ = Ptr<Entry>{queue_->next(*entry_)};
     else
       standOn(following());
     return *this;
@@ -348,10 +390,9 @@ class LinkQueue<Entry, Index, Value>::Iterator {
   // here: entries leave at the head and come at the tail, so that distance grows from head to tail
   // also across the wrap.
   Node* following() const noexcept {
-    if (queue_->tail_ == nullptr) return nullptr;
     Index const here = wrappingDifference(static_cast<Node const*>(entry_.get())->index_, origin_);
-    for (Node* entry = queue_->head_; entry != nullptr; entry = entry->next_) {
-      Index const distance = wrappingDifference(entry->index_, origin_);
+    for (Entry* entry = queue_->head(); entry != nullptr; entry = queue_->next(*entry)) {
+      Index const distance = wrappingDifference(static_cast<Node*>(entry)->index_, origin_);
       // One that has come meanwhile stands behind the tail or before the head of then, whichever is
       // nearer, as it was put there.
       bool const ahead = distance <= span_ || distance - span_ <= wrappingDifference(0, distance);
@@ -365,7 +406,7 @@ class LinkQueue<Entry, Index, Value>::Iterator {
     // what is noted here is then seen to be of before.
     version_ = queue_->version_;
     if (entry != nullptr) {
-      origin_ = queue_->head_->index_;
+      origin_ = queue_->tail_->next_->index_;
       span_ = wrappingDifference(queue_->tail_->index_, origin_);
     }
     entry_ = Ptr<Entry>{static_cast<Entry*>(entry)};

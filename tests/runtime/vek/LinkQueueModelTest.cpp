@@ -37,6 +37,9 @@ class RandomSteps {
         case 3:
           filling ? enq() : deq();
           break;
+        case 13:
+          if (below(filling ? 40 : 4) == 0) deqWhile();
+          break;
         case 4:
         case 5:
           del();
@@ -122,6 +125,17 @@ class RandomSteps {
     double const expected = model_.empty() ? 0.0 : model_.front().time;
     EXPECT_EQ(queue_.deq(), expected);
     if (!model_.empty()) erase(model_.begin());
+  }
+
+  void deqWhile() {
+    unsigned wanted = below(20);
+    queue_.deqWhile([this, asked = model_.begin(), wanted](double time) mutable {
+      EXPECT_EQ(time, asked->time) << "asked once of each, from the head on";
+      ++asked;
+      return wanted-- != 0;
+    });
+    while (wanted-- != 0 && !model_.empty())
+      erase(model_.begin());
   }
 
   void del() {

@@ -77,6 +77,21 @@ TEST_F(LinkQueueRecycling, EntryRemovedAtTheHeadServesTheNextAppend) {
   EXPECT_EQ(contentsOf(queue), (std::vector<std::pair<std::uint32_t, double>>{{1, 1}, {2, 7}}));
 }
 
+TEST_F(LinkQueueRecycling, EntriesThatLeaveTogetherServeTheNextAppends) {
+  Queue queue;
+  fill(queue, 6, 0);
+  Held const held{queue.find(2)};
+  auto const before = entriesOf(queue);
+  queue.deqWhile([](double value) { return value < 4; });
+  EXPECT_EQ(contentsOf(queue), (std::vector<std::pair<std::uint32_t, double>>{{4, 4}, {5, 5}}));
+  fill(queue, 3, 10);
+  EXPECT_EQ(held->value(), 2);
+  auto entries = entriesOf(queue);
+  EXPECT_EQ(entries.count(held.get()), 0U);
+  entries.insert(held.get());
+  EXPECT_EQ(entries, before);
+}
+
 TEST_F(LinkQueueRecycling, EntrySomebodyHoldsStaysAsItIs) {
   Queue queue;
   fill(queue, 3, 10);
@@ -157,7 +172,15 @@ TEST_F(LinkQueueRecycling, HoldsUnderARandomHistory) {
     unsigned const chosen = below(3);
     Queue& queue = queues[chosen];
     auto& values = expected[chosen];
-    switch (below(8)) {
+    switch (below(9)) {
+      case 8: {
+        std::size_t const leave = below(4);
+        double const last = values.size() <= leave ? 0 : values[values.size() - leave - 1];
+        queue.deqWhile([last](double value) { return value <= last; });
+        while (!values.empty() && values.front() <= last)
+          values.erase(values.begin());
+        break;
+      }
       case 0:
         if (below(4) == 0) {
           queue.clear();

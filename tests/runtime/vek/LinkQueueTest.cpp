@@ -88,6 +88,64 @@ TEST_F(LinkQueue, DeqYieldsTheOldestFirst) {
   EXPECT_EQ(queue.metadata(), (LinkQueueMetadata{3, 3}));
 }
 
+TEST_F(LinkQueue, DeqWhileRemovesFromTheHeadToTheFirstThatStays) {
+  enq({10, 20, 30, 5});
+  queue.deqWhile([](double time) { return time < 25; });
+  EXPECT_EQ(indexesOf(queue), (Indexes{2, 3})) << "what stands behind one that stays stays as well";
+  EXPECT_EQ(queue.headValue(), 30);
+  EXPECT_EQ(queue.head()->vek_index(), 2U);
+  EXPECT_EQ(queue.tail()->vek_index(), 3U);
+  EXPECT_EQ(queue.metadata(), (LinkQueueMetadata{2, 4}));
+  EXPECT_EQ(queue.count(), 2U);
+  EXPECT_EQ(queue.version(), 6U);
+  enq({40});
+  EXPECT_EQ(indexesOf(queue), (Indexes{2, 3, 4}));
+}
+
+TEST_F(LinkQueue, DeqWhileMayRemoveNothingOrAll) {
+  queue.deqWhile([](double) { return true; });
+  EXPECT_EQ(queue.version(), 0U);
+  enq({10, 20, 30});
+  queue.deqWhile([](double) { return false; });
+  EXPECT_EQ(indexesOf(queue), (Indexes{0, 1, 2}));
+  EXPECT_EQ(queue.version(), 3U);
+  queue.deqWhile([](double) { return true; });
+  EXPECT_EQ(queue.head(), nullptr);
+  EXPECT_EQ(queue.tail(), nullptr);
+  EXPECT_EQ(queue.headValue(), 0);
+  EXPECT_EQ(queue.count(), 0U);
+  EXPECT_EQ(queue.version(), 6U);
+  EXPECT_EQ(queue.metadata(), (LinkQueueMetadata{3, 3}));
+  EXPECT_EQ(TimeEntry::alive, 0);
+}
+
+TEST_F(LinkQueue, DeqWhileRaisesANextIndexThatLags) {
+  enq({10, 20, 30});
+  queue.metadataIs({0, 1});
+  queue.deqWhile([](double time) { return time < 15; });
+  EXPECT_EQ(queue.metadata(), (LinkQueueMetadata{1, 3}));
+}
+
+TEST_F(LinkQueue, NextLeadsFromTheHeadToTheTail) {
+  enq({10, 20, 30});
+  Times times;
+  for (auto const* entry = queue.head(); entry != nullptr; entry = queue.next(*entry))
+    times.push_back(entry->value());
+  EXPECT_EQ(times, (Times{10, 20, 30}));
+}
+
+// The next index of a queue may be set to one that an entry has already.
+TEST_F(LinkQueue, OfTwoEntriesOfOneIndexTheOlderIsFound) {
+  startAt(4294967294U);
+  enq({10, 20, 30});
+  queue.metadataIs({4294967294U, 4294967294U});
+  enq({40});
+  EXPECT_EQ(indexesOf(queue), (Indexes{4294967294U, 4294967295U, 0, 4294967294U}));
+  EXPECT_EQ(queue.find(4294967294U)->value(), 10);
+  EXPECT_EQ(queue.del(4294967294U), 10);
+  EXPECT_EQ(queue.find(4294967294U)->value(), 40);
+}
+
 TEST_F(LinkQueue, DeqOfAnEmptyQueueYieldsZeroAndChangesNothing) {
   startAt(5);
   EXPECT_EQ(queue.deq(), 0.0);
