@@ -44,8 +44,9 @@ void clearHistories(LinkFlapProfileSm& sm) {
     sm.clearHistory();
     return;
   }
-  for (LinkFlapProfileSm& profileSm : owner->linkFlapProfileSm())
-    profileSm.clearHistory();
+  // To forget calls nobody, so the machines stay where they are.
+  owner->linkFlapProfileSm().forEach(
+      [](LinkFlapProfileSm& profileSm) { profileSm.clearHistory(); });
 }
 
 }  // namespace

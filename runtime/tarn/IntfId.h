@@ -25,6 +25,7 @@ class IntfId {
   Vek::String const& name() const noexcept { return name_; }
   bool isNull() const noexcept { return name_.empty(); }
   std::uint32_t hash() const noexcept { return name_.hash(); }
+  std::uint32_t reversedHash() const noexcept { return name_.reversedHash(); }
 
   friend bool operator==(IntfId const& a, IntfId const& b) noexcept { return a.name_ == b.name_; }
   /// By the bytes of the name.
@@ -43,7 +44,7 @@ std::ostream& operator<<(std::ostream& out, IntfId const& id);
 
 template <>
 struct std::hash<Tarn::IntfId> {
-  std::size_t operator()(Tarn::IntfId const& id) const noexcept { return id.hash(); }
+  std::size_t operator()(Tarn::IntfId const& id) const noexcept { return id.reversedHash(); }
 };
 
 #pragma GCC visibility pop

@@ -18,7 +18,8 @@ inline constexpr unsigned kSizeHint{4};
 /// Keyed collection of counted members, each of which carries its own chain link and knows its key.
 ///
 /// `Entry` derives from `HashLink`, has `fwkKey()` and is counted (`addReference`,
-/// `dropReference`). `Key` has `hash()`, `==` and `<`. `Value` is what a look-up yields, made from
+/// `dropReference`). `Key` has `hash()`, `==` and `<`, and `reversedHash()` if it has that
+/// at hand (the bits of the hash in reverse order). `Value` is what a look-up yields, made from
 /// an `Entry*`.
 ///
 /// Order of a walk: by bit-reversed hash, then by key; the same for the same keys, however the
@@ -43,7 +44,7 @@ class HashMap {
 
   /// The member of that key, or null; the collection's reference keeps it.
   Entry* find(Key const& key) const noexcept {
-    std::uint32_t const order = bitReverse(key.hash());
+    std::uint32_t const order = orderOf(key);
     for (HashLink* link = table_.startAtHash(order); link != nullptr;
          link = HashMapGeneric::next(*link)) {
       if (link->order() < order) continue;
@@ -57,7 +58,7 @@ class HashMap {
   /// Makes `member` a member under its own key. A member of that key is replaced and released.
   void newMember(Ptr<Entry> member) {
     Key const& key = member->fwkKey();
-    std::uint32_t const order = bitReverse(key.hash());
+    std::uint32_t const order = orderOf(key);
     HashLink** const place = table_.placeOf(order, &key, keyTable());
     Ptr<Entry> replaced;
     if (holds(place, order, key)) [[unlikely]]
@@ -69,7 +70,7 @@ class HashMap {
   /// the collection then takes a reference of its own.
   Entry& memberOrNew(Ptr<Entry> const& member) noexcept {
     Key const& key = member->fwkKey();
-    std::uint32_t const order = bitReverse(key.hash());
+    std::uint32_t const order = orderOf(key);
     HashLink** const place = table_.placeOf(order, &key, keyTable());
     if (holds(place, order, key)) return static_cast<Entry&>(**place);
     table_.newMemberAt(place, *Ptr<Entry>{member}.release(), order, &key, keyTable());
@@ -78,7 +79,7 @@ class HashMap {
 
   /// Removes the member of that key and returns it; an empty pointer when there is none.
   Ptr<Entry> deleteMember(Key const& key) {
-    std::uint32_t const order = bitReverse(key.hash());
+    std::uint32_t const order = orderOf(key);
     HashLink** const place = table_.placeOf(order, &key, keyTable());
     return holds(place, order, key) ? removedAt(place) : nullptr;
   }
@@ -104,8 +105,16 @@ class HashMap {
   Iterator iterator(Key const& key) const {
     Entry* from = find(key);
     if (from == nullptr)
-      from = static_cast<Entry*>(table_.findNextG(bitReverse(key.hash()), &key, keyTable()));
+      from = static_cast<Entry*>(table_.findNextG(orderOf(key), &key, keyTable()));
     return Iterator{*this, from};
+  }
+  /// Calls `visit(member)` on each member; `visit` changes neither the collection nor, by what it
+  /// calls, anything else that could.
+  template <typename Visit>
+  void forEach(Visit visit) const {
+    for (std::size_t bucket = 0; HashLink* link = table_.advanceTo(bucket); ++bucket)
+      for (; link != nullptr; link = HashMapGeneric::next(*link))
+        visit(static_cast<Entry&>(*link));
   }
   Iterator begin() const { return iterator(); }
   std::default_sentinel_t end() const noexcept { return {}; }
@@ -119,6 +128,13 @@ class HashMap {
             [](HashLink const& member, void const* key) {
               return static_cast<Entry const&>(member).fwkKey() < *static_cast<Key const*>(key);
             }};
+  }
+
+  static std::uint32_t orderOf(Key const& key) noexcept {
+    if constexpr (requires { key.reversedHash(); })
+      return key.reversedHash();
+    else
+      return bitReverse(key.hash());
   }
 
   /// Whether the member of that key stands at `place`, which is where it must.

@@ -23,7 +23,7 @@ std::uint32_t textHash(std::string_view text) noexcept {
   return hash;
 }
 
-constinit String::Empty String::empty_{{1, 2166136261U, 0}, '\0'};
+constinit String::Empty String::empty_{{1, bitReverse(2166136261U), 0}, '\0'};
 
 String::Block* String::newBlock(std::size_t size) {
   if (size > std::numeric_limits<std::uint32_t>::max()) throwRangeException("string too long");
@@ -40,7 +40,7 @@ String::String(std::string_view text) : block_{emptyBlock()} {
   }
   block_ = newBlock(text.size());
   std::memcpy(block_->text(), text.data(), text.size());
-  block_->hash = textHash(text);
+  block_->reversedHash = bitReverse(textHash(text));
 }
 
 String String::concatenated(std::string_view a, std::string_view b) {
@@ -49,7 +49,7 @@ String String::concatenated(std::string_view a, std::string_view b) {
   Block* const block = newBlock(a.size() + b.size());
   std::memcpy(block->text(), a.data(), a.size());
   std::memcpy(block->text() + a.size(), b.data(), b.size());
-  block->hash = textHash({block->text(), block->size});
+  block->reversedHash = bitReverse(textHash({block->text(), block->size}));
   String result;
   result.dropReference();
   result.block_ = block;

@@ -6,6 +6,7 @@
 #include <iosfwd>
 #include <string_view>
 
+#include "runtime/vek/BitReverse.h"
 #include "runtime/vek/PtrInterface.h"
 
 #pragma GCC visibility push(default)
@@ -41,14 +42,16 @@ class String {
   std::uint32_t size() const noexcept { return block_->size; }
   bool empty() const noexcept { return block_->size == 0; }
   /// A function of the text alone, the same in every process; computed once, at construction.
-  std::uint32_t hash() const noexcept { return block_->hash; }
+  std::uint32_t hash() const noexcept { return bitReverse(block_->reversedHash); }
+  /// Its bits in reverse order, which is what collections ask for.
+  std::uint32_t reversedHash() const noexcept { return block_->reversedHash; }
   /// Whether both are copies of one string, so that no byte need be compared to know them equal.
   bool sharesText(String const& other) const noexcept { return block_ == other.block_; }
 
   void swap(String& other) noexcept { std::swap(block_, other.block_); }
 
   friend bool operator==(String const& a, String const& b) noexcept {
-    return a.block_ == b.block_ || (a.hash() == b.hash() && a.view() == b.view());
+    return a.block_ == b.block_ || (a.reversedHash() == b.reversedHash() && a.view() == b.view());
   }
   friend bool operator==(String const& a, std::string_view b) noexcept { return a.view() == b; }
   friend bool operator==(String const& a, char const* b) noexcept { return a.view() == viewOf(b); }
@@ -69,7 +72,7 @@ class String {
  private:
   struct Block {
     std::uint32_t references;
-    std::uint32_t hash;
+    std::uint32_t reversedHash;
     std::uint32_t size;
     // The text follows, then a NUL.
     char* text() noexcept { return reinterpret_cast<char*>(this + 1); }
@@ -138,7 +141,7 @@ std::uint32_t textHash(std::string_view text) noexcept;
 
 template <>
 struct std::hash<Vek::String> {
-  std::size_t operator()(Vek::String const& string) const noexcept { return string.hash(); }
+  std::size_t operator()(Vek::String const& string) const noexcept { return string.reversedHash(); }
 };
 
 #pragma GCC visibility pop

@@ -166,6 +166,21 @@ TEST_F(HashMap, WalkedInTheSameOrderWhateverTheHistory) {
   EXPECT_EQ(walked(), expected);
 }
 
+TEST_F(HashMap, ForEachVisitsAllInTheOrderOfAWalk) {
+  for (std::uint32_t const count : {0U, 1U, 4U, 5U, 600U, 3000U}) {
+    map.clear();
+    for (std::uint32_t i = 0; i < count; ++i)
+      add(map, i * 2654435761U);
+    Hashes visited;
+    map.forEach([&](KeyedEntry& entry) {
+      EXPECT_EQ(entry.referenceCount(), 1U) << "it takes no reference";
+      visited.push_back(entry.fwkKey().hash());
+    });
+    EXPECT_EQ(visited, walked()) << count;
+    EXPECT_EQ(visited.size(), count);
+  }
+}
+
 TEST_F(HashMap, OrderStaysWhileTheTableGrows) {
   Hashes expected;
   for (std::uint32_t i = 1; i <= 64; ++i) {
