@@ -70,8 +70,8 @@ Notifier::~Notifier() {
 ListRaw<PtrInterface::NotifieeConst>& Notifier::watchersOf(AttributeMask watching) const {
   if (watching == 0) fatal("Vek: a watcher of nothing was registered");
   if (!grouped_) {
-    if (firstWatching_ == 0) firstWatching_ = watching;
-    if (firstWatching_ == watching) return watchers_.all;
+    if (allWatch_ == 0) allWatch_ = watching;
+    if (allWatch_ == watching) return watchers_.all;
     groupedBesides(watching);
   }
   // At the end of the chain: kinds of watchers are told in the order in which the first of each
@@ -85,11 +85,12 @@ ListRaw<PtrInterface::NotifieeConst>& Notifier::watchersOf(AttributeMask watchin
 
 /// Makes the watchers that are here a group, to be followed by one that watches `watching`.
 void Notifier::groupedBesides(AttributeMask watching) const {
-  auto first = std::make_unique<Group>(firstWatching_);
+  auto first = std::make_unique<Group>(allWatch_);
   first->next = new Group{watching};
   first->watchers.takeAll(watchers_.all);
   watchers_.all.~ListRaw();
   watchers_.groups = first.release();
+  allWatch_ = 0;
   grouped_ = true;
 }
 

@@ -163,7 +163,7 @@ class Notifier : public Entity {
   [[gnu::noinline]] static void tellRounds(Group& group, Round*& first, Round*& place,
                                            Raise const& raise);
 
-  mutable AttributeMask firstWatching_{0};  // what all watch; 0 before there was any
+  mutable AttributeMask allWatch_{0};  // what all watch; 0 before there was any, and in groups
   mutable bool grouped_{false};
   mutable Watchers watchers_;
 };
@@ -184,13 +184,14 @@ inline void Notifier::tellRound(SnapshotWalk<NotifieeConst>& walk, Raise const& 
 template <auto const& attribute, typename Watcher, typename Raise>
 void Notifier::tell(Raise raise) {
   constexpr AttributeMask attributes = attributeBit(attribute.id);
-  if (grouped_) [[unlikely]] {
+  if ((allWatch_ & attributes) == 0) [[unlikely]] {
     Round* first = nullptr;
+    if (!grouped_) return;
     if (Group* const group = nextConcerned(watchers_.groups, attributes))
       tellRounds<attribute, Watcher>(*group, first, first, raise);
     return;
   }
-  if ((firstWatching_ & attributes) == 0 || watchers_.all.empty()) return;
+  if (watchers_.all.empty()) return;
   SnapshotWalk<NotifieeConst> walk{watchers_.all};
   typename SnapshotWalk<NotifieeConst>::End const end{walk};
   tellRound<attribute, Watcher>(walk, raise);
