@@ -17,7 +17,8 @@ class IntfId {
  public:
   IntfId() = default;
   explicit IntfId(char const* name) : name_{name} {}
-  explicit IntfId(Vek::String name) noexcept : name_{std::move(name)} {}
+  explicit IntfId(Vek::String const& name) noexcept : name_{name} {}
+  explicit IntfId(Vek::String&& name) noexcept : name_{std::move(name)} {}
 
   /// Makes this the identifier of that name.
   void handleInitialized(Vek::String name) noexcept { name_ = std::move(name); }
