@@ -86,7 +86,7 @@ bool evaluateErrDisable(Vek::Ptr<LinkFlapProfileSm> profileSm, double flapTime,
   try {
     room = recordRoom(sm);
   } catch (...) {
-    before.restore(sm);
+    before.storeTo(sm);
     throw;
   }
   declareErrDisable(sm, maxFlaps, std::move(room));

@@ -30,7 +30,7 @@ struct Counters {
   std::uint32_t intervals;
   std::uint32_t violations;
 
-  // Named as the machine's.
+  // For `countFlap`, to which these are a machine's.
   std::uint32_t curFlaps() const noexcept { return flaps; }
   void curFlapsIs(std::uint32_t value) noexcept { flaps = value; }
   std::uint32_t curIntervals() const noexcept { return intervals; }
@@ -38,7 +38,7 @@ struct Counters {
   std::uint32_t curViolations() const noexcept { return violations; }
   void curViolationsIs(std::uint32_t value) noexcept { violations = value; }
 
-  void restore(LinkFlapProfileSm& sm) const noexcept {
+  void storeTo(LinkFlapProfileSm& sm) const noexcept {
     sm.curFlapsIs(flaps);
     sm.curIntervalsIs(intervals);
     sm.curViolationsIs(violations);

@@ -40,9 +40,10 @@ void LinkFlapProfileSm::linkFlapTimeStampDelAll() {
 
 /// Undoes the append that was the last change of the queue.
 void LinkFlapProfileSm::linkFlapTimeStampTakeBack() noexcept {
-  if (linkFlapTimeStamp_.count() == 0) return;  // a trace sink may have emptied it
-  std::uint32_t const index = linkFlapTimeStamp_.tail()->vek_index();
-  (void)linkFlapTimeStamp_.del(index);
+  auto const* const newest = linkFlapTimeStamp_.tail();
+  if (newest == nullptr) return;  // a trace sink may have emptied it
+  std::uint32_t const index = newest->vek_index();
+  (void)linkFlapTimeStamp_.delTail();  // by its place: another may have its index
   auto metadata = linkFlapTimeStamp_.metadata();
   metadata.nextIndex = index;
   if (linkFlapTimeStamp_.count() == 0) metadata.headIndex = index;

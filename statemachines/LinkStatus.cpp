@@ -81,7 +81,7 @@ void LinkFlapProfileSm::errDisable(Counters const& before, std::uint32_t maxFlap
     try {
       room = recordRoom(*this);
     } catch (...) {
-      before.restore(*this);
+      before.storeTo(*this);
       linkFlapTimeStampTakeBack();
       throw;
     }
@@ -142,7 +142,7 @@ bool LinkFlapProfileSm::replay(ProfileValues const& values, Counters& before) {
     errDisables = countFlap(counters, flap->time(), head, values, before);
     points += kPointsOfCounting;
   }
-  counters.restore(*this);
+  counters.storeTo(*this);
   traceHandle().pass(points);
   return errDisables;
 }

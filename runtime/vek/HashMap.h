@@ -108,8 +108,8 @@ class HashMap {
       from = static_cast<Entry*>(table_.findNextG(orderOf(key), &key, keyTable()));
     return Iterator{*this, from};
   }
-  /// Calls `visit(member)` on each member; `visit` changes neither the collection nor, by what it
-  /// calls, anything else that could.
+  /// Calls `visit(member)` on each member, in the order of a walk. Holds nobody: `visit` neither
+  /// changes the collection nor calls anyone who could.
   template <typename Visit>
   void forEach(Visit visit) const {
     for (std::size_t bucket = 0; HashLink* link = table_.advanceTo(bucket); ++bucket)

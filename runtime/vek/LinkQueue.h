@@ -41,7 +41,9 @@ class LinkQueueEntry : public PtrInterface {
   friend class LinkQueue;
   std::uint32_t index_;
   Value value_;
-  LinkQueueEntry* next_{nullptr};  // toward the tail; the tail's: the head
+  // Toward the tail; the tail's: the head. Of an entry that waits to be used again: the one to be
+  // used after it.
+  LinkQueueEntry* next_{nullptr};
 };
 
 /// A first-in-first-out queue whose entries are addressed by an index that only grows, modulo 2^32.
@@ -105,15 +107,16 @@ class LinkQueue {
     return value;
   }
 
-  /// Removes entries from the head on, as long as `goes` says so of the head's value; it sees
-  /// nothing but that value. As if one by one.
+  /// Removes entries from the head on, up to the first of whose value `goes` says no. It is asked
+  /// once of each, before any is removed, and must not touch the queue. The queue is then as after
+  /// their removal one by one.
   template <typename Goes>
   void deqWhile(Goes goes) {
     if (tail_ == nullptr || !goes(headValue_)) return;
     Node* const first = tail_->next_;
     Node* last = first;
-    std::uint32_t left = 1;
-    for (; last != tail_ && goes(last->next_->value_); ++left)
+    std::uint32_t leaving = 1;
+    for (; last != tail_ && goes(last->next_->value_); ++leaving)
       last = last->next_;
     if (last == tail_) {
       clear();
@@ -121,8 +124,8 @@ class LinkQueue {
     }
     tail_->next_ = last->next_;
     headMoved();
-    version_ = wrappingSum(version_, left);
-    count_ -= left;
+    version_ = wrappingSum(version_, leaving);
+    count_ -= leaving;
     discard(first, last);
   }
 
@@ -168,6 +171,13 @@ class LinkQueue {
   Value del(Index index) {
     Node* const before = beforeFirst([index](Node const& entry) { return entry.index_ == index; });
     return before == nullptr ? Value{} : taken(unlink(before, before->next_));
+  }
+
+  /// Removes the tail and returns its value; a default value when the queue is empty. Takes time
+  /// linear in the number of entries.
+  Value delTail() noexcept {
+    Node* const before = beforeFirst([this](Node const& entry) { return &entry == tail_; });
+    return before == nullptr ? Value{} : taken(unlink(before, tail_));
   }
 
   /// Removes the entry that the walk stands on; the walk then stands on the one that followed.
@@ -220,7 +230,7 @@ class LinkQueue {
     return nullptr;
   }
 
-  // The three below take over the first reference of `entry`, as the queue's own.
+  // What links an entry in takes over its first reference, as the queue's own.
 
   Node* linkAtTail(Node* entry, Index index) noexcept {
     entry->vek_indexIs(index);
@@ -228,7 +238,7 @@ class LinkQueue {
       entry->next_ = entry;
       headValue_ = entry->value_;
       metadata_.headIndex = index;
-      counts();
+      grows();
     } else {
       linkBehind(tail_, entry);
     }
@@ -257,11 +267,11 @@ class LinkQueue {
 
   Node* linkBehind(Node* before, Node* entry) noexcept {
     entry->next_ = std::exchange(before->next_, entry);
-    counts();
+    grows();
     return entry;
   }
 
-  void counts() noexcept {
+  void grows() noexcept {
     version_ = wrappingSum(version_, 1);
     ++count_;
   }
@@ -352,8 +362,8 @@ class LinkQueue {
   }
 
   // Entries that have left their queues and wait to be used again, in all queues of this type. One
-  // that came here with all others of its queue may be held by somebody still; that is seen when it
-  // would be used. So a queue is cleared without a look at its entries.
+  // that came here together with others may be held by somebody still; that is seen when it would
+  // be used. So a queue is cleared without a look at its entries.
   static inline constinit Node* spare_{nullptr};
 
   LinkQueueMetadata metadata_;

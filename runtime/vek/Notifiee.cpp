@@ -90,7 +90,7 @@ void Notifier::groupedBesides(AttributeMask watching) const {
   first->watchers.takeAll(watchers_.all);
   watchers_.all.~ListRaw();
   watchers_.groups = first.release();
-  allWatch_ = 0;
+  allWatch_ = 0;  // so nobody takes the groups for a list
   grouped_ = true;
 }
 

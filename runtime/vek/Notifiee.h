@@ -185,8 +185,8 @@ template <auto const& attribute, typename Watcher, typename Raise>
 void Notifier::tell(Raise raise) {
   constexpr AttributeMask attributes = attributeBit(attribute.id);
   if ((allWatch_ & attributes) == 0) [[unlikely]] {
-    Round* first = nullptr;
     if (!grouped_) return;
+    Round* first = nullptr;
     if (Group* const group = nextConcerned(watchers_.groups, attributes))
       tellRounds<attribute, Watcher>(*group, first, first, raise);
     return;

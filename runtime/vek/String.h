@@ -41,9 +41,9 @@ class String {
   std::string_view view() const noexcept { return {block_->text(), block_->size}; }
   std::uint32_t size() const noexcept { return block_->size; }
   bool empty() const noexcept { return block_->size == 0; }
-  /// A function of the text alone, the same in every process; computed once, at construction.
+  /// A function of the text alone, the same in every process.
   std::uint32_t hash() const noexcept { return bitReverse(block_->reversedHash); }
-  /// Its bits in reverse order, which is what collections ask for.
+  /// Its bits in reverse order, which is what collections ask for: computed once, at construction.
   std::uint32_t reversedHash() const noexcept { return block_->reversedHash; }
   /// Whether both are copies of one string, so that no byte need be compared to know them equal.
   bool sharesText(String const& other) const noexcept { return block_ == other.block_; }

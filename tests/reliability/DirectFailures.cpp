@@ -282,6 +282,46 @@ std::string firstFlap(unsigned& cases) {
   return flap.errDisabled() ? "" : "a first flap counted at last does not err-disable";
 }
 
+// Once somebody has set the next index, two entries may have the same. A flap that is taken back is
+// the newest, whatever its index.
+std::string flapOfAnIndexInUse(unsigned& cases) {
+  constexpr std::uint32_t kLast{4294967295U};
+  FirstFlap flap;
+  double const now = Vek::now();
+  flap.sm->linkFlapTimeStampMetadataIs({kLast, kLast});
+  flap.sm->linkFlapTimeStampEnq(now);
+  flap.sm->linkFlapTimeStampEnq(now);
+  flap.sm->linkFlapTimeStampMetadataIs({kLast, kLast});
+  auto const& queue = flap.sm->linkFlapTimeStamp();
+  auto const* const oldest = queue.head();
+  auto const* const newest = queue.tail();
+  int const threw = eachFails([&] { flap.sm->handleLinkStatus(); },
+                              [&] {
+                                return queue.count() == 2 && queue.head() == oldest &&
+                                       queue.tail() == newest && !flap.errDisabled();
+                              });
+  if (threw < 1) return "a flap that is taken back takes another with it";
+  cases += static_cast<unsigned>(threw);
+  return flap.errDisabled() ? "" : "a flap counted at last does not err-disable";
+}
+
+// A history that is too short to err-disable needs no memory but for the flap, when it ages: not even
+// where 65,536 violations of 65,536 flaps each are 2^32.
+std::string ageingThatCannotErrDisable(unsigned& cases) {
+  FirstFlap flap;
+  auto const profile = Vek::make<LinkFlap::ProfileConfig>(Vek::Name{"p1"});
+  profile->maxFlapsIs(65535);
+  profile->intervalIs(1);
+  profile->violationsIs(65536);
+  profile->trackedIntervalsIs(1);
+  flap.sm->profileConfigIs(profile);
+  flap.sm->linkFlapTimeStampEnq(Vek::now() - 100);
+  int const threw = eachFails([&] { flap.sm->handleLinkStatus(); }, [] { return true; });
+  if (threw > 1) return "a flap that cannot err-disable needs memory for a record";
+  cases += 1;
+  return flap.sm->linkFlapTimeStamp().count() == 1 ? "" : "a history has not aged";
+}
+
 // A trace sink is called in the midst of a flap. One that forgets the flap leaves nothing to be taken
 // back when there is no memory for the record.
 std::string flapForgottenMeanwhile(unsigned& cases) {
@@ -322,9 +362,9 @@ std::string flapForgottenMeanwhile(unsigned& cases) {
 }  // namespace
 
 std::string directFailures(unsigned& cases) {
-  for (auto const test :
-       {firstReadings, registration, repointing, anotherActivity, delivery, waiting,
-        activityOfOneReactor, tracking, byName, evaluation, firstFlap, flapForgottenMeanwhile})
+  for (auto const test : {firstReadings, registration, repointing, anotherActivity, delivery,
+                          waiting, activityOfOneReactor, tracking, byName, evaluation, firstFlap,
+                          flapOfAnIndexInUse, ageingThatCannotErrDisable, flapForgottenMeanwhile})
     if (std::string wrong = test(cases); !wrong.empty()) return wrong;
   return {};
 }

@@ -1,6 +1,8 @@
+#include <cmath>
 #include <cstddef>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <limits>
 
 #include "statemachines/LinkFlapSm.h"
 #include "statemachines/SourcePoints.h"
@@ -264,6 +266,56 @@ TEST_F(HandleLinkStatus, TheReplayErrDisablesAlsoWhenATraceSinkHasCountedOn) {
   EXPECT_EQ(sw_.errdisabledAt(ethernet1), 11.0);
   EXPECT_THAT(times(sm()), IsEmpty());
   EXPECT_EQ(counters(sm()), (Counters{0, 0, 0}));
+}
+
+// One that forgets the history leaves nothing to age and nothing to replay.
+TEST_F(HandleLinkStatus, AgeingEndsAlsoWhenATraceSinkHasForgottenTheHistory) {
+  start(9, 10);
+  sw_.flap(ethernet1, {0, 8});
+  Vek::traceSinkIs([&](Vek::TraceRecord const& record) {
+    if (record.message.starts_with("curFlaps: ")) sm().linkFlapTimeStampDelAll();
+  });
+  sw_.flap(ethernet1, {100});
+  EXPECT_THAT(times(sm()), IsEmpty());
+  EXPECT_EQ(counters(sm()), (Counters{0, 0, 0}));
+  EXPECT_EQ(sm().linkFlapTimeStampMetadata(), (Vek::LinkQueueMetadata{3, 3}));
+}
+
+// One that makes the newest flap an old one has it aged with the others.
+TEST_F(HandleLinkStatus, AgeingEndsAlsoWhenATraceSinkHasMadeTheNewestFlapOld) {
+  start(9, 10);
+  sw_.flap(ethernet1, {0, 8});
+  Vek::traceSinkIs([&](Vek::TraceRecord const& record) {
+    if (record.message.starts_with("curFlaps: ")) sm().linkFlapTimeStampIs(2, 1);
+  });
+  sw_.flap(ethernet1, {100});
+  EXPECT_THAT(times(sm()), IsEmpty());
+  EXPECT_EQ(counters(sm()), (Counters{0, 0, 0}));
+}
+
+TEST_F(HandleLinkStatus, TheReplayLeavesItsCountsToTheMachineAlsoWhenNobodyListens) {
+  sw_.profileIs("p1", {.maxFlaps = 2, .interval = 5, .violations = 9, .trackedIntervals = 4});
+  sw_.config->defaultProfileListIs("p1", true);
+  start(3, 10);
+  auto& p1 = *sw_.profileSm(ethernet1, "p1");
+  sw_.flap(ethernet1, {0, 4, 5, 6, 13});
+  for (int level = 0; level < 10; ++level)
+    LinkFlap::traceHandle().levelIs(level, false);
+  sw_.flap(ethernet1, {20.5});
+  EXPECT_THAT(times(p1), ElementsAre(4, 5, 6, 13, 20.5));
+  EXPECT_EQ(counters(p1), (Counters{1, 3, 1}));
+  sw_.flap(ethernet1, {21});
+  EXPECT_EQ(counters(p1), (Counters{2, 3, 1}));
+}
+
+// A time that is none is not older than anything: the ageing stops there.
+TEST_F(HandleLinkStatus, AgeingStopsAtATimeThatIsNotANumber) {
+  start(9, 10);
+  for (double const time : {0.0, 1.0, std::numeric_limits<double>::quiet_NaN(), 2.0})
+    sm().linkFlapTimeStampEnq(time);
+  sw_.flap(ethernet1, {100});
+  EXPECT_EQ(sm().linkFlapTimeStamp().count(), 3U);
+  EXPECT_TRUE(std::isnan(sm().linkFlapTimeStamp().headValue()));
 }
 
 TEST_F(HandleLinkStatus, WithoutAProfileConfigOneViolationErrDisables) {

@@ -46,6 +46,7 @@ TEST(IntfId, IsOrderedByTheBytesOfTheName) {
 
 TEST(IntfId, HashIsThatOfTheName) {
   EXPECT_EQ(IntfId{"foobar"}.hash(), 0xBF9CF968U);
+  EXPECT_EQ(IntfId{"foobar"}.reversedHash(), 0x169F39FDU);
   std::unordered_set<IntfId> const set{IntfId{"a"}, IntfId{"b"}, IntfId{"a"}};
   EXPECT_EQ(set.size(), 2U);
 }

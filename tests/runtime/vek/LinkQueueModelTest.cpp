@@ -128,13 +128,13 @@ class RandomSteps {
   }
 
   void deqWhile() {
-    unsigned wanted = below(20);
-    queue_.deqWhile([this, asked = model_.begin(), wanted](double time) mutable {
-      EXPECT_EQ(time, asked->time) << "asked once of each, from the head on";
-      ++asked;
-      return wanted-- != 0;
+    unsigned const wanted = below(20);
+    unsigned asked = 0;
+    queue_.deqWhile([&](double time) {
+      EXPECT_EQ(time, model_.at(asked).time) << "asked once of each, from the head on";
+      return asked++ < wanted;
     });
-    while (wanted-- != 0 && !model_.empty())
+    for (unsigned i = 0; i < wanted && !model_.empty(); ++i)
       erase(model_.begin());
   }
 

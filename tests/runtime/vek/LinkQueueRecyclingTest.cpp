@@ -116,6 +116,19 @@ TEST_F(LinkQueueRecycling, WalkThatStandsOnAClearedEntryGoesOnToTheNewOnes) {
   EXPECT_EQ(walk->value(), 50);
 }
 
+TEST_F(LinkQueueRecycling, WalkThatStandsOnOneOfManyThatLeftGoesOnToTheFirstThatStayed) {
+  Queue queue;
+  fill(queue, 6, 10);
+  auto walk = queue.iterator();
+  ++walk;
+  queue.deqWhile([](double value) { return value < 14; });
+  fill(queue, 2, 50);
+  EXPECT_EQ(walk->value(), 11);
+  ++walk;
+  ASSERT_TRUE(walk);
+  EXPECT_EQ(walk->value(), 14);
+}
+
 TEST_F(LinkQueueRecycling, EntryThatWasMarkedIsNotUsedAgain) {
   Queue queue;
   fill(queue, 1, 0);
@@ -137,6 +150,8 @@ TEST_F(LinkQueueRecycling, WhileObjectsAreTrackedEntriesAreMadeAndDestroyed) {
   EXPECT_EQ(tracked.live(), 4U);
   (void)counted.deq();
   EXPECT_EQ(tracked.live(), 3U);
+  counted.deqWhile([](double value) { return value < 3; });
+  EXPECT_EQ(tracked.live(), 1U);
   counted.clear();
   EXPECT_EQ(tracked.live(), 0U);
 }
@@ -145,9 +160,12 @@ TEST_F(LinkQueueRecycling, WhileCountingIsAtomicEntriesAreMadeAndDestroyed) {
   Queue queue;
   fill(queue, 3, 0);
   Held const held{queue.head()};
+  Held const next{queue.find(1)};
   Vek::VFPtrInterface::enableThreadSafePointers = true;
-  queue.clear();
+  queue.deqWhile([](double value) { return value < 1; });
   EXPECT_EQ(held->referenceCount(), 1U);
+  queue.clear();
+  EXPECT_EQ(next->referenceCount(), 1U);
   fill(queue, 3, 20);
   EXPECT_EQ(queue.headValue(), 20);
   queue.clear();

@@ -126,6 +126,37 @@ TEST_F(LinkQueue, DeqWhileRaisesANextIndexThatLags) {
   EXPECT_EQ(queue.metadata(), (LinkQueueMetadata{1, 3}));
 }
 
+TEST_F(LinkQueue, DeqWhileThatEmptiesRaisesANextIndexThatLagsAsOneByOne) {
+  enq({10, 20});
+  queue.metadataIs({0, 1});
+  queue.deqWhile([](double) { return true; });
+  EXPECT_EQ(queue.metadata(), (LinkQueueMetadata{2, 2}));
+  enq({30});
+  queue.metadataIs({2, 1});
+  queue.deqWhile([](double) { return true; });
+  EXPECT_EQ(queue.metadata(), (LinkQueueMetadata{1, 1})) << "the only entry leaves none behind";
+}
+
+TEST_F(LinkQueue, DeqWhileThatFailsHasRemovedNothing) {
+  enq({10, 20, 30});
+  EXPECT_THROW(queue.deqWhile([](double time) { return time < 15 ? true : throw time; }), double);
+  EXPECT_EQ(timesOf(queue), (Times{10, 20, 30}));
+  EXPECT_EQ(queue.version(), 3U);
+}
+
+TEST_F(LinkQueue, DelTailRemovesTheNewest) {
+  EXPECT_EQ(queue.delTail(), 0);
+  enq({10, 20, 30});
+  EXPECT_EQ(queue.delTail(), 30);
+  EXPECT_EQ(queue.tail()->value(), 20);
+  EXPECT_EQ(queue.metadata(), (LinkQueueMetadata{0, 3}));
+  EXPECT_EQ(queue.delTail(), 20);
+  EXPECT_EQ(queue.delTail(), 10);
+  EXPECT_EQ(queue.head(), nullptr);
+  EXPECT_EQ(queue.version(), 6U);
+  EXPECT_EQ(queue.metadata(), (LinkQueueMetadata{3, 3}));
+}
+
 TEST_F(LinkQueue, NextLeadsFromTheHeadToTheTail) {
   enq({10, 20, 30});
   Times times;
@@ -142,6 +173,9 @@ TEST_F(LinkQueue, OfTwoEntriesOfOneIndexTheOlderIsFound) {
   enq({40});
   EXPECT_EQ(indexesOf(queue), (Indexes{4294967294U, 4294967295U, 0, 4294967294U}));
   EXPECT_EQ(queue.find(4294967294U)->value(), 10);
+  EXPECT_EQ(queue.delTail(), 40) << "by its place, not by its index";
+  queue.metadataIs({4294967294U, 4294967294U});
+  enq({40});
   EXPECT_EQ(queue.del(4294967294U), 10);
   EXPECT_EQ(queue.find(4294967294U)->value(), 40);
 }

@@ -118,7 +118,7 @@ TEST(String, SwapExchangesTexts) {
 // The published test values of the 32-bit FNV-1a hash.
 TEST(String, HashIsAFunctionOfTheTextAlone) {
   EXPECT_EQ(String{}.hash(), 0x811C9DC5U);
-  EXPECT_EQ(String{"foobar"}.reversedHash(), Vek::bitReverse(0xBF9CF968U));
+  EXPECT_EQ(String{"foobar"}.reversedHash(), 0x169F39FDU);
   EXPECT_EQ(String{"a"}.hash(), 0xE40C292CU);
   EXPECT_EQ(String{"foobar"}.hash(), 0xBF9CF968U);
   EXPECT_EQ((String{"foo"} + "bar").hash(), 0xBF9CF968U);
