@@ -46,8 +46,8 @@ import generate
 ROOT = os.path.dirname(os.path.dirname(os.path.dirname(os.path.abspath(__file__))))
 SURVIVORS = os.path.join(ROOT, "tests/mutation/survivors.txt")
 CORE = (
-    "Notifiee.h Notifiee.cpp Reactor.h State.h Activity.h Activity.cpp Attribute.h HashMap.h "
-    "HashMapGeneric.h HashMapGeneric.cpp LinkQueue.h LinkQueue.cpp ListRaw.h ListRaw.cpp "
+    "Notifiee.h Notifiee.cpp Reactor.h State.h Activity.h Activity.cpp Attribute.h BitReverse.h "
+    "HashMap.h HashMapGeneric.h HashMapGeneric.cpp LinkQueue.h LinkQueue.cpp ListRaw.h ListRaw.cpp "
     "PtrInterface.h PtrInterface.cpp"
 )
 PROGRAMS = ["statemachines", "runtime", "introspection"]
