@@ -348,14 +348,13 @@ class LinkQueue {
     while (Node* const entry = spare_) {
       if (!recycles()) [[unlikely]]
         break;
-      spare_ = entry->next_;
+      spare_ = std::exchange(entry->next_, nullptr);
       __builtin_prefetch(spare_);
       if (entry->isAsNew()) [[likely]] {
         entry->index_ = index;
         entry->value_ = value;
         return entry;
       }
-      entry->next_ = nullptr;
       entry->dropReference();  // somebody holds it still, or has marked it
     }
     return make<Entry>(index, value).release();

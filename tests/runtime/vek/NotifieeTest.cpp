@@ -7,6 +7,7 @@
 #include <new>
 #include <string>
 #include <sys/mman.h>
+#include <tuple>
 #include <unistd.h>
 #include <vector>
 
@@ -14,6 +15,7 @@
 #include "runtime/model/LinkFlapProfileConfig.h"
 #include "runtime/vek/Exception.h"
 #include "runtime/vek/Notifiee.h"
+#include "runtime/vek/State.h"
 
 #include "tests/runtime/support/ConfigWatcher.h"
 
@@ -315,6 +317,55 @@ TEST(NotifieeDeathTest, RegisteringAWatcherOfNothingEndsTheProcess) {
   Ptr<Config> const config = make<Config>("linkFlap");
   EXPECT_EXIT((void)watch(config, "a", log, 0), testing::KilledBySignal(SIGABRT),
               "^Vek: a watcher of nothing was registered\n$");
+}
+
+/// An object whose two attributes have the lowest and the highest bit.
+class Outermost final : public Vek::State<Outermost> {
+ public:
+  class NotifieeConst : public Vek::NotifieeOf<Outermost> {
+   public:
+    virtual void onLowest() { ++lowest; }
+    virtual void onHighest() { ++highest; }
+
+    explicit NotifieeConst(Vek::AttributeMask watching) : NotifieeOf{watching} {}
+
+    int lowest{0};
+    int highest{0};
+  };
+
+ private:
+  unsigned lowest_{0};
+  unsigned highest_{0};
+  using N = NotifieeConst;
+
+ public:
+  static constexpr Vek::Scalar lowestAttr{272, "lowest", &Outermost::lowest_, &N::onLowest};
+  static constexpr Vek::Scalar highestAttr{287, "highest", &Outermost::highest_, &N::onHighest};
+  static constexpr std::tuple vekAttributes{lowestAttr, highestAttr};
+
+  void lowestIs(unsigned value) { set<lowestAttr>(value); }
+  void highestIs(unsigned value) { set<highestAttr>(value); }
+};
+
+TEST(NotifieeBits, ReachFromTheFirstToTheLastInOneListAndInGroups) {
+  auto const object = make<Outermost>();
+  auto const watching = [&](Vek::AttributeMask mask) {
+    auto watcher = make<Outermost::NotifieeConst>(mask);
+    watcher->notifierIs(object);
+    watcher->isRegisteredNotifieeIs(true);
+    return watcher;
+  };
+  auto const lowest = watching(0x0001);
+  object->highestIs(1);
+  object->lowestIs(1);
+  EXPECT_EQ(lowest->lowest, 1);
+  auto const highest = watching(0x8000);
+  object->lowestIs(2);
+  object->highestIs(2);
+  EXPECT_EQ(lowest->lowest, 2);
+  EXPECT_EQ(lowest->highest, 0);
+  EXPECT_EQ(highest->highest, 1);
+  EXPECT_EQ(highest->lowest, 0);
 }
 
 }  // namespace
