@@ -130,7 +130,7 @@ class Notifier : public Entity {
   /// One list as long as all watch the same, which hardly any object outgrows; then the groups.
   union Watchers {
     Watchers() noexcept : all() {}
-    ~Watchers() {}
+    ~Watchers() {}  // NOLINT(modernize-use-equals-default): it would be deleted
 
     ListRaw<NotifieeConst> all;
     Group* groups;
