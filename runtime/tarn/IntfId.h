@@ -25,6 +25,7 @@ class IntfId {
 
   Vek::String const& name() const noexcept { return name_; }
   bool isNull() const noexcept { return name_.empty(); }
+  // The name's, for keyed collections.
   std::uint32_t hash() const noexcept { return name_.hash(); }
   std::uint32_t reversedHash() const noexcept { return name_.reversedHash(); }
 

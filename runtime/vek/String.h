@@ -139,6 +139,7 @@ std::uint32_t textHash(std::string_view text) noexcept;
 
 }  // namespace Vek
 
+/// A table that places by remainder is served as well by either order of the bits; this one is at hand.
 template <>
 struct std::hash<Vek::String> {
   std::size_t operator()(Vek::String const& string) const noexcept { return string.reversedHash(); }
